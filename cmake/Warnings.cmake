@@ -1,0 +1,19 @@
+# Warnings are errors, for both compilers, in every target.
+add_compile_options(-Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wcast-qual
+                    -Wformat=2 -Wundef)
+add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>)
+add_compile_options($<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes>)
+
+if(TAVRENIX_SANITIZE)
+  add_compile_options(-fsanitize=${TAVRENIX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${TAVRENIX_SANITIZE})
+endif()
+
+# A folder of the tree as one object library, includes written from the repository root.
+# tavrenix_folder(NAME SOURCES file... [USES target...])
+function(tavrenix_folder name)
+  cmake_parse_arguments(arg "" "" "SOURCES;USES" ${ARGN})
+  add_library(${name} OBJECT ${arg_SOURCES})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+  target_link_libraries(${name} PUBLIC Threads::Threads ${arg_USES})
+endfunction()
