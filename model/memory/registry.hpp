@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <variant>
 
 #include "model/memory/tree.hpp"
