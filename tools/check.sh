@@ -56,7 +56,7 @@ check_shell() {
 }
 
 check_scripts() {
-  cram3 --quiet tools/tests/*.t
+  cram3 --shell=/bin/bash tools/tests/*.t
 }
 
 # build_and_test NAME OPTION...: a build of its own with all tests.
