@@ -16,7 +16,12 @@ checks=(
 )
 
 check_format() {
-  tracked_sources | xargs -0 clang-format --dry-run -Werror
+  local -a unformatted
+  mapfile -t unformatted < <(tracked_sources | xargs -0 clang-format --dry-run 2>&1 |
+    sed -n 's/^\(.*\):[0-9]*:[0-9]*: .*/\1/p' | sort -u)
+  ((${#unformatted[@]} == 0)) && return
+  printf '%s\n' "${unformatted[@]}" "./run format rewrites them."
+  return 1
 }
 
 check_walls() {
@@ -99,10 +104,13 @@ check_thread() {
   sanitized_build_and_test thread thread
 }
 
+tidy_all() {
+  tracked {runtime,model,library,cli,lab,linux}/'*.cpp' | xargs -0 -n 1 -P "$jobs" clang-tidy -p build/clang --quiet
+}
+
 check_tidy() {
   configure_quietly clang "${clang[@]}" -DTAVRENIX_TESTS=ON
-  tracked runtime/'*.cpp' model/'*.cpp' library/'*.cpp' cli/'*.cpp' lab/'*.cpp' linux/'*.cpp' |
-    logged tidy xargs -0 -n 1 -P "$jobs" clang-tidy -p build/clang --quiet
+  logged tidy tidy_all
 }
 
 valgrind_demo() {
