@@ -105,7 +105,8 @@ check_thread() {
 }
 
 tidy_all() {
-  tracked {runtime,model,library,cli,lab,linux}/'*.cpp' | xargs -0 -n 1 -P "$jobs" clang-tidy -p build/clang --quiet
+  tracked {runtime,model,library,cli,lab,linux}/'*.cpp' |
+    xargs -0 -n 1 -P "$jobs" clang-tidy -p build/clang --quiet 2>&1 | sed '/ generated\.$/d'
 }
 
 check_tidy() {
