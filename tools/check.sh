@@ -81,10 +81,10 @@ check_clang() {
   build_and_test clang "${clang[@]}"
 }
 
-# Instrumented code is told from ordinary code by its speed and by wrong guesses of the flow warnings; the ordinary
-# builds judge the warnings.
+# Quick to build and still quick to run. Instrumentation leads the compiler's flow warnings to wrong guesses, so the
+# ordinary builds alone judge the warnings (-w).
 sanitized_build_and_test() {
-  local flags="-O1 -g1 -Wno-error"
+  local flags="-O1 -g1 -w"
   build_and_test "$1" -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_FLAGS_DEBUG="$flags" -DCMAKE_CXX_FLAGS_DEBUG="$flags" \
     -DTAVRENIX_SANITIZE="$2"
 }
