@@ -52,7 +52,7 @@ class OrderedMap {
   void erase(KeyView key) {
     const std::size_t at = position(key);
     if (at == kNowhere) return;
-    const Pair removed = std::move(pairs_[at]);  // its destruction must not see a half-changed map
+    [[maybe_unused]] const Pair removed = std::move(pairs_[at]);  // its destruction must not see a half-changed map
     if (index_.empty()) {
       pairs_.erase(pairs_.begin() + static_cast<std::ptrdiff_t>(at));
       return;
@@ -67,7 +67,7 @@ class OrderedMap {
   }
 
   void clear() noexcept {
-    const std::vector<Pair> removed = std::exchange(pairs_, {});
+    [[maybe_unused]] const std::vector<Pair> removed = std::exchange(pairs_, {});
     index_.clear();
   }
 
