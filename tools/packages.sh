@@ -30,10 +30,10 @@ apt() {
 
 packages_by_hand() {
   local sudo=
-  ((EUID == 0)) || sudo="sudo "
+  if ((EUID != 0)) && command -v sudo >/dev/null; then sudo="sudo "; fi
   printf 'run: could not install: %s\n' "$*" >&2
   grep '^E: ' "$logs/apt.log" >&2 || true
-  printf 'Please run this by hand and then start again:\n' >&2
+  printf 'Please run this by hand as the superuser, then start again:\n' >&2
   printf '  %sapt-get update && %sapt-get install -y --no-install-recommends %s\n' "$sudo" "$sudo" "$*" >&2
   exit 1
 }

@@ -39,7 +39,7 @@ What is missing and cannot be had is named, with the command to run by hand:
   run: could not install: two g++
   E: no lists
   E: Unable to locate package g++
-  Please run this by hand and then start again:
+  Please run this by hand as the superuser, then start again:
     *apt-get update && *apt-get install -y --no-install-recommends two g++ (glob)
   [1]
 
