@@ -20,8 +20,8 @@ missing_packages() {
   done
 }
 
-# apt ARGUMENT...: apt-get as the superuser, never asking a question.
-apt() {
+# apt_get ARGUMENT...: apt-get as the superuser, never asking a question.
+apt_get() {
   local as_root=()
   ((EUID == 0)) || as_root=(sudo)
   "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -o DPkg::Lock::Timeout=120 "$@" \
@@ -59,8 +59,8 @@ install_packages() {
     packages_by_hand "${missing[@]}"
   fi
   # A fresh image has no package lists, and old lists name files that are gone: both fail, and are cured by an update.
-  apt install --no-install-recommends "${missing[@]}" ||
-    { apt update && apt install --no-install-recommends "${missing[@]}"; } || true
+  apt_get install --no-install-recommends "${missing[@]}" ||
+    { apt_get update && apt_get install --no-install-recommends "${missing[@]}"; } || true
   mapfile -t missing < <(missing_packages "${list[@]}")
   ((${#missing[@]} == 0)) || packages_by_hand "${missing[@]}"
 }
