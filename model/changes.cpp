@@ -53,8 +53,10 @@ class MPIOLogicalUnit::Change {
 
 namespace {
 
-constexpr std::string_view kEnableLackingIdentifiers = "Attempt to enable LUN with paths lacking IDs";
-constexpr std::string_view kDisableLackingIdentifiers = "Attempt to disable LUN with paths lacking IDs";
+constexpr std::string_view kEnableLackingIdentifiers =
+    "Attempt to enable LUN with paths lacking IDs";
+constexpr std::string_view kDisableLackingIdentifiers =
+    "Attempt to disable LUN with paths lacking IDs";
 
 bool report(bool done, const ob::Error* failure, ErrorOut error) {
   if (error != nullptr) *error = failure;
@@ -113,13 +115,15 @@ bool MPIOLogicalUnit::setBatchCount(std::uint32_t count, ErrorOut error) {
 bool MPIOLogicalUnit::requestBatchCount(std::uint32_t count, const ob::Error** failure) {
   Change change(*this);  // before the argument is looked at, unlike setAlgorithm
   if (count == 0) {
-    *failure = MPIOErrorCreate("Bad value for batchCount.  Must be greater than 0", kErrorBadArgument);
+    *failure =
+        MPIOErrorCreate("Bad value for batchCount.  Must be greater than 0", kErrorBadArgument);
     return false;
   }
   const ob::String* name = algorithmName(algorithm_);
   if (name == nullptr) return false;
   // No error object for a failed write, unlike setAlgorithm: kept.
-  if (!change.write(*algorithmRequest(*name, count), Change::kAlgorithmWords, nullptr)) return false;
+  if (!change.write(*algorithmRequest(*name, count), Change::kAlgorithmWords, nullptr))
+    return false;
   batchCount_ = count;
   return true;
 }
@@ -163,11 +167,13 @@ bool MPIOLogicalUnit::changeAllPaths(const PathStateRequest& wanted, ErrorOut er
 }
 
 bool MPIOLogicalUnit::enablePath(const MPIOLogicalUnitPath* path, ErrorOut error) {
-  return changePath(path, {registry::kMPIOPathStateRequestEnable, kEnableLackingIdentifiers}, error);
+  return changePath(path, {registry::kMPIOPathStateRequestEnable, kEnableLackingIdentifiers},
+                    error);
 }
 
 bool MPIOLogicalUnit::disablePath(const MPIOLogicalUnitPath* path, ErrorOut error) {
-  return changePath(path, {registry::kMPIOPathStateRequestDisable, kDisableLackingIdentifiers}, error);
+  return changePath(path, {registry::kMPIOPathStateRequestDisable, kDisableLackingIdentifiers},
+                    error);
 }
 
 bool MPIOLogicalUnit::enableAllPaths(ErrorOut error) {
@@ -175,7 +181,8 @@ bool MPIOLogicalUnit::enableAllPaths(ErrorOut error) {
 }
 
 bool MPIOLogicalUnit::disableAllPaths(ErrorOut error) {
-  return changeAllPaths({registry::kMPIOPathStateRequestDisable, kDisableLackingIdentifiers}, error);
+  return changeAllPaths({registry::kMPIOPathStateRequestDisable, kDisableLackingIdentifiers},
+                        error);
 }
 
 bool MPIOLogicalUnit::isPathEnabled(const MPIOLogicalUnitPath* path, ErrorOut error) const {

@@ -7,8 +7,10 @@
 
 namespace tavrenix {
 
-// A snapshot of all properties of the entry with that ID. None where it is not found or not readable.
-inline ob::Ref<const ob::Dictionary> copyEntryProperties(MPIODeviceRegistry& registry, EntryID entryID) {
+// A snapshot of all properties of the entry with that ID. None where it is not found or not
+// readable.
+inline ob::Ref<const ob::Dictionary> copyEntryProperties(MPIODeviceRegistry& registry,
+                                                         EntryID entryID) {
   const ScopedHandle entry(registry, registry.findServiceByEntryID(entryID));
   if (!entry) return nullptr;
   auto [status, properties] = registry.copyProperties(entry.get());
@@ -25,22 +27,25 @@ void forEachEntry(MPIODeviceRegistry& registry, RegistryHandle iterator, Visit v
   }
 }
 
-// Calls begin, if given, once the walk can be made, then visit with each relative that options choose.
-// Does nothing where the entry is gone or cannot be walked.
+// Calls begin, if given, once the walk can be made, then visit with each relative that options
+// choose. Does nothing where the entry is gone or cannot be walked.
 template <class Begin, class Visit>
-void forEachRelative(MPIODeviceRegistry& registry, EntryID entryID, std::uint32_t options, Begin begin,
-                     Visit visit) {
+void forEachRelative(MPIODeviceRegistry& registry, EntryID entryID, std::uint32_t options,
+                     Begin begin, Visit visit) {
   const ScopedHandle entry(registry, registry.findServiceByEntryID(entryID));
   if (!entry) return;
-  const auto [status, iterator] = registry.createIterator(entry.get(), registry::kServicePlane, options);
+  const auto [status, iterator] =
+      registry.createIterator(entry.get(), registry::kServicePlane, options);
   if (status != kSuccess) return;
   begin();
   forEachEntry(registry, iterator, visit);
 }
 
 template <class Visit>
-void forEachRelative(MPIODeviceRegistry& registry, EntryID entryID, std::uint32_t options, Visit visit) {
-  forEachRelative(registry, entryID, options, [] {}, visit);
+void forEachRelative(MPIODeviceRegistry& registry, EntryID entryID, std::uint32_t options,
+                     Visit visit) {
+  forEachRelative(
+      registry, entryID, options, [] {}, visit);
 }
 
 // An absent value leaves the old one in place.

@@ -19,12 +19,12 @@ enum MPIOErrorCode : std::int64_t {
   kErrorNoResources = 0x08000007,
 };
 
-// Where a model operation stores its error: an object in the thread's pool, borrowed from there, or null
-// where the failure has none. Null where the caller does not want it.
+// Where a model operation stores its error: an object in the thread's pool, borrowed from there, or
+// null where the failure has none. Null where the caller does not want it.
 using ErrorOut = const ob::Error**;
 
-// The error object, kept by the thread's innermost pool. resultCode becomes "Error Result Code" in the
-// user information; without one there is no user information.
+// The error object, kept by the thread's innermost pool. resultCode becomes "Error Result Code" in
+// the user information; without one there is no user information.
 const ob::Error* MPIOErrorCreate(std::string_view message, MPIOErrorCode code,
                                  std::optional<std::int32_t> resultCode = std::nullopt);
 

@@ -9,8 +9,8 @@ namespace tavrenix {
 // The most bytes that an identifier may have: its text stands in a buffer of 256 characters.
 inline constexpr std::size_t kMaximumIdentifierBytes = 127;
 
-// The text, without separator, prefix or suffix. An identifier that is too long ends the process: cut
-// off, it could name another device.
+// The text, without separator, prefix or suffix. An identifier that is too long ends the process:
+// cut off, it could name another device.
 ob::Ref<const ob::String> identifierText(const ob::Data& identifier);
 
 // The identifier text of the data under key. None where properties is none or has no data there.

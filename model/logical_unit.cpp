@@ -18,11 +18,13 @@ ob::Ref<const ob::String> MPIOLogicalUnit::logicalUnitIdentifierFromPropertiesDi
   return identifierFromProperties(properties, registry::kUniqueIdentifier);
 }
 
-ob::Ref<const ob::Dictionary> MPIOLogicalUnit::propertiesForEntryID(MPIOHost& host, EntryID entryID) {
+ob::Ref<const ob::Dictionary> MPIOLogicalUnit::propertiesForEntryID(MPIOHost& host,
+                                                                    EntryID entryID) {
   return copyEntryProperties(host.registry(), entryID);
 }
 
-ob::Ref<MPIOLogicalUnit> MPIOLogicalUnit::initWithKsKitServiceEntry(MPIOHost& host, EntryID entryID) {
+ob::Ref<MPIOLogicalUnit> MPIOLogicalUnit::initWithKsKitServiceEntry(MPIOHost& host,
+                                                                    EntryID entryID) {
   auto unit = ob::make<MPIOLogicalUnit>(host, entryID);
   const std::lock_guard lock(unit->logicalUnitMutex);
   unit->rebuildPropertiesFromEntry();
@@ -63,7 +65,8 @@ ob::Ref<const ob::Dictionary> MPIOLogicalUnit::getProperties() {
   const std::lock_guard lock(logicalUnitMutex);
   rebuildPropertiesFromEntry();
 
-  // Least bytes is the fallback on purpose: it also stands for an algorithm that was never reported.
+  // Least bytes is the fallback on purpose: it also stands for an algorithm that was never
+  // reported.
   const ob::String* algorithm = &keys::kMPIOLogicalUnitAlgorithmLeastBytes;
   if (algorithm_ == kMPIOAlgorithmRoundRobin) {
     algorithm = &keys::kMPIOLogicalUnitAlgorithmRoundRobin;
@@ -97,7 +100,9 @@ void MPIOLogicalUnit::removePath(MPIOLogicalUnitPath* path) {
   paths_.erase(path->serviceEntryID());
 }
 
-void MPIOLogicalUnit::removeAllPaths() { paths_.clear(); }
+void MPIOLogicalUnit::removeAllPaths() {
+  paths_.clear();
+}
 
 ob::Ref<const ob::Array> MPIOLogicalUnit::getPaths() const {
   ob::Array::Values values;

@@ -1,11 +1,11 @@
-// MPIOLogicalUnit: one multipathed logical unit, its paths, its volumes, and the requests that change how
-// the driver uses it.
+// MPIOLogicalUnit: one multipathed logical unit, its paths, its volumes, and the requests that
+// change how the driver uses it.
 //
-// It keeps its entry ID and looks its entry up afresh for every read and write. It owns its paths; they
-// refer back without owning it.
-// Threads: logicalUnitMutex, which is not recursive, is held by construction, getProperties, addPath,
-// removePath and every configuration change. The other operations take no lock; each getter is atomic by
-// itself. Clients serialise what touches the paths.
+// It keeps its entry ID and looks its entry up afresh for every read and write. It owns its paths;
+// they refer back without owning it. Threads: logicalUnitMutex, which is not recursive, is held by
+// construction, getProperties, addPath, removePath and every configuration change. The other
+// operations take no lock; each getter is atomic by itself. Clients serialise what touches the
+// paths.
 #pragma once
 
 #include <mutex>
@@ -30,8 +30,8 @@ class MPIOLogicalUnit final : public ob::Object {
   static ob::Ref<const ob::String> logicalUnitIdentifierFromPropertiesDict(
       const ob::Dictionary* properties);
   static ob::Ref<const ob::Dictionary> propertiesForEntryID(MPIOHost& host, EntryID entryID);
-  // The volume dictionary of a media entry, borrowed for the call; none for handle 0, and for a medium
-  // that cannot be described or has no volume name.
+  // The volume dictionary of a media entry, borrowed for the call; none for handle 0, and for a
+  // medium that cannot be described or has no volume name.
   static ob::Ref<const ob::Dictionary> volumeInfoForLUNVolume(MPIOHost& host, RegistryHandle media);
 
   // The unit of that entry, made even where the entry cannot be read.
@@ -51,10 +51,11 @@ class MPIOLogicalUnit final : public ob::Object {
   ob::Ref<const ob::Array> getPaths() const;
   ob::Ref<const ob::Array> getPathIDs() const;
 
-  // Changes: each asks the driver by one write into the unit's entry and reports whether the write was
-  // taken. What became of it shows at the next read. *error is always assigned, null included.
+  // Changes: each asks the driver by one write into the unit's entry and reports whether the write
+  // was taken. What became of it shows at the next read. *error is always assigned, null included.
   bool setAlgorithm(std::uint32_t code, ErrorOut error);
-  // count: at least 1. A missing entry or a refused write gives no error object, unlike setAlgorithm.
+  // count: at least 1. A missing entry or a refused write gives no error object, unlike
+  // setAlgorithm.
   bool setBatchCount(std::uint32_t count, ErrorOut error);
   bool enablePath(const MPIOLogicalUnitPath* path, ErrorOut error);
   bool disablePath(const MPIOLogicalUnitPath* path, ErrorOut error);
@@ -72,7 +73,9 @@ class MPIOLogicalUnit final : public ob::Object {
   ob::Ref<const ob::String> logicalUnitID() const noexcept { return logicalUnitID_.load(); }
   ob::Ref<const ob::String> logicalUnitAlias() const noexcept { return alias_.load(); }
   // In the object only: the next rebuild overwrites it where the registry has an alias.
-  void setLogicalUnitAlias(ob::Ref<const ob::String> alias) noexcept { alias_.store(std::move(alias)); }
+  void setLogicalUnitAlias(ob::Ref<const ob::String> alias) noexcept {
+    alias_.store(std::move(alias));
+  }
   ob::Ref<const ob::String> logicalUnitVendorID() const noexcept { return vendorID_.load(); }
   ob::Ref<const ob::String> logicalUnitProductID() const noexcept { return productID_.load(); }
   std::uint32_t logicalUnitAlgorithm() const noexcept { return algorithm_.load(); }

@@ -41,8 +41,10 @@ void MPIOLogicalUnitPath::rebuildPropertiesFromEntry() {
 
   // Once set, an identifier stays: commands find the path by it.
   if (!pathID_.load()) pathID_.store(logicalUnitPathIdentifierFromPropertiesDict(properties.get()));
-  if (const auto* protocol = properties->valueAs<ob::Dictionary>(registry::kProtocolCharacteristics)) {
-    replaceIfPresent(interconnectType_, protocol->valueAs<ob::String>(registry::kPhysicalInterconnect));
+  if (const auto* protocol =
+          properties->valueAs<ob::Dictionary>(registry::kProtocolCharacteristics)) {
+    replaceIfPresent(interconnectType_,
+                     protocol->valueAs<ob::String>(registry::kPhysicalInterconnect));
   }
   takeHostPort(entry.get());
   replaceIfPresent(vendorID_, properties->valueAs<ob::String>(registry::kVendor));
@@ -60,8 +62,8 @@ void MPIOLogicalUnitPath::takeHostPort(RegistryHandle entry) {
   }
 }
 
-// The access states are those of SPC for 0 to 2; every other, transitioning and offline included, reads
-// as unavailable.
+// The access states are those of SPC for 0 to 2; every other, transitioning and offline included,
+// reads as unavailable.
 void MPIOLogicalUnitPath::takeState(std::uint8_t state) noexcept {
   const ob::String* name = &keys::kMPIOPathStateUnavailable;
   switch (state & kPathStateAccessMask) {
@@ -83,11 +85,13 @@ void MPIOLogicalUnitPath::takeState(std::uint8_t state) noexcept {
 
 EntryID MPIOLogicalUnitPath::locateLogicalUnitID() const {
   EntryID located = 0;
-  forEachRelative(host_.registry(), serviceEntryID_, kIterateRecursively, [&](RegistryHandle entry) {
-    if (!host_.registry().conformsTo(entry, registry::kLogicalUnitClass)) return;
-    const auto [status, entryID] = host_.registry().getEntryID(entry);
-    if (status == kSuccess) located = entryID;  // to the end: the last one wins, not the first
-  });
+  forEachRelative(host_.registry(), serviceEntryID_, kIterateRecursively,
+                  [&](RegistryHandle entry) {
+                    if (!host_.registry().conformsTo(entry, registry::kLogicalUnitClass)) return;
+                    const auto [status, entryID] = host_.registry().getEntryID(entry);
+                    if (status == kSuccess)
+                      located = entryID;  // to the end: the last one wins, not the first
+                  });
   return located;
 }
 

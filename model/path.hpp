@@ -1,8 +1,8 @@
 // MPIOLogicalUnitPath: one path to a multipathed logical unit, as the registry and the driver last
 // described it.
 //
-// It keeps entry IDs only and looks its entry up afresh for every read. It has no lock: each accessor is
-// atomic by itself, a rebuild as a whole is not.
+// It keeps entry IDs only and looks its entry up afresh for every read. It has no lock: each
+// accessor is atomic by itself, a rebuild as a whole is not.
 #pragma once
 
 #include "model/errors.hpp"
@@ -22,14 +22,15 @@ class MPIOLogicalUnitPath final : public ob::Object {
       const ob::Dictionary* properties);
   static ob::Ref<const ob::Dictionary> propertiesForEntryID(MPIOHost& host, EntryID entryID);
 
-  // The path of that entry to unit (which may be none: its entry ID is then 0). It is made even where
-  // the entry has vanished; what is not known stays absent.
+  // The path of that entry to unit (which may be none: its entry ID is then 0). It is made even
+  // where the entry has vanished; what is not known stays absent.
   static ob::Ref<MPIOLogicalUnitPath> initWithKsKitServiceEntry(MPIOHost& host, EntryID entryID,
                                                                 const MPIOLogicalUnit* unit);
 
   // Re-reads registry and driver. What cannot be read keeps its old value.
   void rebuildPropertiesFromEntry();
-  // The entry ID of the logical unit below the path's entry, the last one met; 0 where there is none.
+  // The entry ID of the logical unit below the path's entry, the last one met; 0 where there is
+  // none.
   EntryID locateLogicalUnitID() const;
   // The public dictionary of the path as last read.
   ob::Ref<const ob::Dictionary> getProperties() const;
@@ -41,7 +42,8 @@ class MPIOLogicalUnitPath final : public ob::Object {
   bool disable(ErrorOut error);
 
   // Writes *statistics only on success. A null pointer fails at once.
-  bool grabPathStatsBuffer(EntryID pathEntryID, SCSIPathStatistics* statistics, ErrorOut error) const;
+  bool grabPathStatsBuffer(EntryID pathEntryID, SCSIPathStatistics* statistics,
+                           ErrorOut error) const;
   // The public statistics, read now, which also updates state and enabled flag; none where the read
   // fails.
   ob::Ref<const ob::Dictionary> getCurrentStatistics();
@@ -60,7 +62,9 @@ class MPIOLogicalUnitPath final : public ob::Object {
   ob::Ref<const ob::Data> scsiInitiatorPortIdentifier() const noexcept { return hostPort_.load(); }
   // Values are immutable, so storing one is storing a copy.
   void setPathID(ob::Ref<const ob::String> value) noexcept { pathID_.store(std::move(value)); }
-  void setPathState(ob::Ref<const ob::String> value) noexcept { pathState_.store(std::move(value)); }
+  void setPathState(ob::Ref<const ob::String> value) noexcept {
+    pathState_.store(std::move(value));
+  }
   void setInterconnectType(ob::Ref<const ob::String> value) noexcept {
     interconnectType_.store(std::move(value));
   }

@@ -4,9 +4,10 @@
 
 namespace tavrenix {
 
-int readStatistics(MPIOKernelTunable& tunable, const SCSIMPIOStatisticsRequest& request, void* record,
-                   std::size_t size) {
-  const int result = tunable.sysctlbyname(kStatisticsTunable, record, &size, &request, sizeof request);
+int readStatistics(MPIOKernelTunable& tunable, const SCSIMPIOStatisticsRequest& request,
+                   void* record, std::size_t size) {
+  const int result =
+      tunable.sysctlbyname(kStatisticsTunable, record, &size, &request, sizeof request);
   if (result != 0) std::fprintf(stderr, "sysctlbyname failed to get stats block: %d\n", result);
   return result;
 }

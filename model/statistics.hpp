@@ -7,12 +7,14 @@
 
 namespace tavrenix {
 
-// Fills record with what the driver answers. A failure puts one line on standard error and returns the
-// call's own non-zero result; record then holds what the driver wrote before it failed, if anything.
-int readStatistics(MPIOKernelTunable& tunable, const SCSIMPIOStatisticsRequest& request, void* record,
-                   std::size_t size);
+// Fills record with what the driver answers. A failure puts one line on standard error and returns
+// the call's own non-zero result; record then holds what the driver wrote before it failed, if
+// anything.
+int readStatistics(MPIOKernelTunable& tunable, const SCSIMPIOStatisticsRequest& request,
+                   void* record, std::size_t size);
 
-// The four counters that unit and path statistics share, under the keys that the two kinds give them.
+// The four counters that unit and path statistics share, under the keys that the two kinds give
+// them.
 struct CounterKeys {
   const ob::String& samplingDate;
   const ob::String& bytesSent;

@@ -33,8 +33,10 @@ void MPIOLogicalUnit::rebuildVolumes() {
   forEachRelative(
       registry, serviceEntryID_, kIterateRecursively, [&] { walked = true; },
       [&](RegistryHandle entry) {
-        if (!registry.conformsTo(entry, registry::kMediaClass) || !holdsVolume(registry, entry)) return;
-        if (auto volume = volumeInfoForLUNVolume(host_, entry)) volumes.push_back(std::move(volume));
+        if (!registry.conformsTo(entry, registry::kMediaClass) || !holdsVolume(registry, entry))
+          return;
+        if (auto volume = volumeInfoForLUNVolume(host_, entry))
+          volumes.push_back(std::move(volume));
       });
   if (walked) volumes_.store(ob::Array::make(std::move(volumes)));
 }
