@@ -71,6 +71,7 @@ class FrontEnd : public testing::Test {
   // Runs the tool and returns what it printed.
   std::string run(std::vector<std::string> words) {
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (std::string& word : words) argv.push_back(word.data());
     argv.push_back(nullptr);
     testing::internal::CaptureStdout();
@@ -82,7 +83,7 @@ class FrontEnd : public testing::Test {
     diagnostics = testing::internal::GetCapturedStderr();
     return testing::internal::GetCapturedStdout();
   }
-  // What a printer prints of an element, without its last newline.
+  // What a printer prints of an element.
   std::string print(void (*printer)(ObTypeRef, void*), const Value& element,
                     const char* identifier = nullptr) {
     testing::internal::CaptureStdout();
@@ -109,11 +110,11 @@ TEST_F(FrontEnd, AsksForTheUserOnlyOnceThereIsSomethingToDo) {
   EXPECT_EQ(diagnostics, "'other' must be run as root...\n");
   run({});
   EXPECT_EQ(status, 1);
-  EXPECT_THAT(fake.calls, IsEmpty()) << "an ordinary user must not cause a scan";
 
   user = 0;
   EXPECT_EQ(run({}), "");
   EXPECT_EQ(status, 0);
+  EXPECT_THAT(fake.calls, IsEmpty()) << "none of these may cause a scan";
 }
 
 TEST_F(FrontEnd, SaysNothingWithoutTheLibrarysAnswer) {
@@ -172,7 +173,7 @@ TEST_F(FrontEnd, TellsUnitRefusalsInTwoForms) {
   EXPECT_EQ(run(both), unknown);
 }
 
-TEST_F(FrontEnd, ReleasesEveryErrorThatShareTheSlot) {
+TEST_F(FrontEnd, ReleasesBothErrorsOfOneSlot) {
   fake.units = array({unit("unit", "A")});
   const Value first = error("First"), second = error("Second\n");
   fake.answers = {{false, first}, {false, second}};

@@ -5,7 +5,7 @@ Changing a logical unit. Success says nothing; every outcome ends with status 0.
   [1]
   $ modify() { tavrenix-lab modify.json modify lun "$@"; }
   $ expectUsage() { modify "$@" > output && cmp output usage; }
-  $ algorithm() { tavrenix-lab modify.json list | grep " $1 " | cut -c 91- | sed 's/ *$//'; }
+  $ algorithm() { tavrenix-lab modify.json list | grep " $1 " | cut -c 92- | sed 's/ *$//'; }
   $ batchCount() { python3 -c "import json; print([e['properties'].get('Batch Count') for e in
   > json.load(open('modify.json'))['entries'] if e['id'] == $1][0])"; }
 

@@ -69,11 +69,11 @@ The verb is the first word and the direct object the second, options are neither
 A diagnostic of the option parser goes to standard error, and the option counts for nothing:
 
   $ expectUsage info --frobnicate
-  * --frobnicate* (glob)
+  *--frobnicate* (glob)
   $ expectUsage info -i
   *requires an argument* (glob)
   $ expectUsage info --ID AA01
-  * --ID* (glob)
+  *--ID* (glob)
   $ expectUsage modify path -l AA01 -i 0A --enable=yes
   *enable* (glob)
 
