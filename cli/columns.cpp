@@ -48,7 +48,7 @@ std::optional<std::string> volumeSize(ObDictionaryRef properties, ObStringRef ke
   return formatVolumeSize(bytes);
 }
 
-// Header, blanks before it, blanks before its values, width, key, text of an absent value, converter.
+// Header, blanks before it, blanks before its values, width, key, shown when absent, converter.
 
 const Column unitTable[] = {
     {"Alias", 1, 1, 16, &kMPIOLogicalUnitAliasKey, "No Alias", plainText},
