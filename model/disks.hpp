@@ -18,8 +18,8 @@ struct DiskDescription {
 class MPIODiskDescriptions {
  public:
   virtual ~MPIODiskDescriptions() = default;
-  // The description of a media entry of the same host's registry, borrowed for the call. None where the
-  // service cannot describe it. Every call asks afresh, in a session of its own. Any thread.
+  // The description of a media entry of the same host's registry, borrowed for the call. None where
+  // the service cannot describe it. Every call asks afresh, in a session of its own. Any thread.
   virtual std::optional<DiskDescription> describe(RegistryHandle media) = 0;
 };
 

@@ -17,9 +17,9 @@ class MPIOHost {
   virtual std::uint32_t effectiveUser() = 0;
 };
 
-// The one host of this executable or shared library, defined by whichever host it is linked with. It may
-// be asked for before main, lives as long as the process, and is not ready until its storage is known: it
-// answers generation 0 until then.
+// The one host of this executable or shared library, defined by whichever host it is linked with.
+// It may be asked for before main, lives as long as the process, and is not ready until its storage
+// is known: it answers generation 0 until then.
 MPIOHost& sharedHost();
 
 }  // namespace tavrenix

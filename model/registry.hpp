@@ -1,8 +1,8 @@
 // The seam to the host's device registry: a tree of entries with IDs, classes and typed properties.
 //
-// Ownership: every handle that an operation returns, of an entry or of an iterator, is released exactly
-// once by its receiver with release(). Values returned are the receiver's own.
-// Errors: nothing is thrown (but std::bad_alloc). A status of 0 is success; any other is the host's own
+// Ownership: every handle that an operation returns, of an entry or of an iterator, is released
+// exactly once by its receiver with release(). Values returned are the receiver's own. Errors:
+// nothing is thrown (but std::bad_alloc). A status of 0 is success; any other is the host's own
 // number, passed through and interpreted nowhere.
 // Threads: every operation may be called on any thread at any time.
 #pragma once
@@ -46,16 +46,18 @@ class MPIODeviceRegistry {
   virtual RegistryResult<ob::Ref<const ob::Dictionary>> copyProperties(RegistryHandle entry) = 0;
   // The property of that name, or none.
   virtual ob::Ref<const ob::Object> copyProperty(RegistryHandle entry, const ob::String& name) = 0;
-  // The property on the entry itself or, as options say, on the nearest of its relatives that has it;
-  // or none.
+  // The property on the entry itself or, as options say, on the nearest of its relatives that has
+  // it; or none.
   virtual ob::Ref<const ob::Object> searchProperty(RegistryHandle entry, std::string_view plane,
-                                                   const ob::String& name, std::uint32_t options) = 0;
+                                                   const ob::String& name,
+                                                   std::uint32_t options) = 0;
   // Hands value to whoever acts on writes of that property, and returns its answer.
   virtual KernelStatus setProperty(RegistryHandle entry, const ob::String& name,
                                    const ob::Object& value) = 0;
 
   // An iterator over the relatives that options choose. Each is met once, children in their order.
-  virtual RegistryResult<RegistryHandle> createIterator(RegistryHandle entry, std::string_view plane,
+  virtual RegistryResult<RegistryHandle> createIterator(RegistryHandle entry,
+                                                        std::string_view plane,
                                                         std::uint32_t options) = 0;
   // The next entry, or 0 at the end.
   virtual RegistryHandle iteratorNext(RegistryHandle iterator) = 0;

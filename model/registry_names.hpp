@@ -1,5 +1,5 @@
-// Names that belong to the registry. The public keys are another vocabulary (library/keys.cpp); the text
-// "Logical Unit Alias" is the only one that stands in both.
+// Names that belong to the registry. The public keys are another vocabulary (library/keys.cpp); the
+// text "Logical Unit Alias" is the only one that stands in both.
 #pragma once
 
 #include <string_view>
@@ -15,23 +15,23 @@ inline constexpr std::string_view kLogicalUnitClass = "KsSCSIMultipathedLogicalU
 inline constexpr std::string_view kPathClass = "KsSCSIHierarchicalLogicalUnit";
 inline constexpr std::string_view kMediaClass = "KsMedia";
 
-#define TAVRENIX_REGISTRY_NAME(name, text)               \
+#define TAVRENIX_REGISTRY_NAME(name, text)                 \
   inline constinit ob::ConstantString name##Storage(text); \
   inline constexpr const ob::String& name = name##Storage.string
 
 // On a logical unit.
-TAVRENIX_REGISTRY_NAME(kUniqueIdentifier, "Logical Unit Unique Identifier");       // data
-TAVRENIX_REGISTRY_NAME(kAlias, "Logical Unit Alias");                              // string
-TAVRENIX_REGISTRY_NAME(kLoadBalancingAlgorithm, "Load Balancing Algorithm");       // string
-TAVRENIX_REGISTRY_NAME(kPeripheralDeviceType, "Peripheral Device Type");           // number
-TAVRENIX_REGISTRY_NAME(kBatchCount, "Batch Count");                                // number; in requests too
+TAVRENIX_REGISTRY_NAME(kUniqueIdentifier, "Logical Unit Unique Identifier");  // data
+TAVRENIX_REGISTRY_NAME(kAlias, "Logical Unit Alias");                         // string
+TAVRENIX_REGISTRY_NAME(kLoadBalancingAlgorithm, "Load Balancing Algorithm");  // string
+TAVRENIX_REGISTRY_NAME(kPeripheralDeviceType, "Peripheral Device Type");      // number
+TAVRENIX_REGISTRY_NAME(kBatchCount, "Batch Count");  // number; in requests too
 // On a logical unit and on a path.
-TAVRENIX_REGISTRY_NAME(kVendor, "Vendor Identification");                          // string
-TAVRENIX_REGISTRY_NAME(kProduct, "Product Identification");                        // string
+TAVRENIX_REGISTRY_NAME(kVendor, "Vendor Identification");    // string
+TAVRENIX_REGISTRY_NAME(kProduct, "Product Identification");  // string
 // The driver's request channel on a logical unit, and the keys inside.
-TAVRENIX_REGISTRY_NAME(kProperties, "Properties");                                 // dictionary
-TAVRENIX_REGISTRY_NAME(kAlgorithm, "Algorithm");                                   // string
-TAVRENIX_REGISTRY_NAME(kPathState, "PathState");                                   // dictionary
+TAVRENIX_REGISTRY_NAME(kProperties, "Properties");  // dictionary
+TAVRENIX_REGISTRY_NAME(kAlgorithm, "Algorithm");    // string
+TAVRENIX_REGISTRY_NAME(kPathState, "PathState");    // dictionary
 // On a path, or above it.
 TAVRENIX_REGISTRY_NAME(kPathIdentifier, "Logical Unit Path Identifier");           // data
 TAVRENIX_REGISTRY_NAME(kProtocolCharacteristics, "Protocol Characteristics");      // dictionary
@@ -39,8 +39,8 @@ TAVRENIX_REGISTRY_NAME(kPhysicalInterconnect, "Physical Interconnect");         
 TAVRENIX_REGISTRY_NAME(kControllerCharacteristics, "Controller Characteristics");  // dictionary
 TAVRENIX_REGISTRY_NAME(kSCSIPortIdentifier, "Unique SCSI Port Identifier");        // data
 // On a medium.
-TAVRENIX_REGISTRY_NAME(kLeaf, "Leaf");                                             // boolean or number
-TAVRENIX_REGISTRY_NAME(kContent, "Content");                                       // string
+TAVRENIX_REGISTRY_NAME(kLeaf, "Leaf");        // boolean or number
+TAVRENIX_REGISTRY_NAME(kContent, "Content");  // string
 
 // Values of kLoadBalancingAlgorithm and kAlgorithm.
 TAVRENIX_REGISTRY_NAME(kLeastBytes, "Least Bytes");

@@ -48,7 +48,8 @@ struct SCSIPathStatistics {
   std::uint64_t bytesSent = 0;
   std::uint64_t bytesReceived = 0;
   std::uint64_t commandsProcessed = 0;
-  std::uint8_t state = 0;  // bits 0 to 3: access state as in SPC; bit 7: disabled; others mean nothing
+  std::uint8_t state =
+      0;  // bits 0 to 3: access state as in SPC; bit 7: disabled; others mean nothing
 };
 #pragma pack(pop)
 static_assert(sizeof(SCSIPathStatistics) == 25);

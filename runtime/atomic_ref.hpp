@@ -1,5 +1,5 @@
-// A reference that one thread may replace while others read it: a reader gets the old object or the new
-// one, whole and retained.
+// A reference that one thread may replace while others read it: a reader gets the old object or the
+// new one, whole and retained.
 #pragma once
 
 #include <cstdint>
@@ -31,11 +31,13 @@ class AtomicRef {
   }
 
  private:
-  // Bit 0 of the pointer is the lock: objects are aligned, and it is held for a few instructions only.
+  // Bit 0 of the pointer is the lock: objects are aligned, and it is held for a few instructions
+  // only.
   static constexpr std::uintptr_t kLocked = 1;
 
   static T* pointer(std::uintptr_t word) noexcept {
-    return reinterpret_cast<T*>(word);  // NOLINT(performance-no-int-to-ptr): the word is the pointer
+    return reinterpret_cast<T*>(
+        word);  // NOLINT(performance-no-int-to-ptr): the word is the pointer
   }
 
   std::uintptr_t lock() const noexcept {

@@ -37,7 +37,9 @@ bool ObEqual(ObTypeRef a, ObTypeRef b) {
   return first->equals(*second);
 }
 
-ObTypeID ObStringGetTypeID(void) { return ob::kStringType; }
+ObTypeID ObStringGetTypeID(void) {
+  return ob::kStringType;
+}
 
 ObStringRef ObStringCreateWithUTF8(const char* text) {
   if (text == nullptr) return nullptr;
@@ -65,7 +67,9 @@ int ObStringCompare(ObStringRef a, ObStringRef b) {
   return first->view().compare(second->view());
 }
 
-ObTypeID ObArrayGetTypeID(void) { return ob::kArrayType; }
+ObTypeID ObArrayGetTypeID(void) {
+  return ob::kArrayType;
+}
 
 size_t ObArrayGetCount(ObArrayRef array) {
   const auto* known = fromC<ob::Array>(array);
@@ -84,7 +88,9 @@ void ObArrayApplyFunction(ObArrayRef array, ObArrayApplier apply, void* context)
   for (const auto& value : known->values()) apply(value.get(), context);
 }
 
-ObTypeID ObDictionaryGetTypeID(void) { return ob::kDictionaryType; }
+ObTypeID ObDictionaryGetTypeID(void) {
+  return ob::kDictionaryType;
+}
 
 size_t ObDictionaryGetCount(ObDictionaryRef dictionary) {
   const auto* known = fromC<ob::Dictionary>(dictionary);
@@ -97,13 +103,17 @@ ObTypeRef ObDictionaryGetValue(ObDictionaryRef dictionary, ObStringRef key) {
   return known == nullptr || text == nullptr ? nullptr : known->value(*text);
 }
 
-void ObDictionaryApplyFunction(ObDictionaryRef dictionary, ObDictionaryApplier apply, void* context) {
+void ObDictionaryApplyFunction(ObDictionaryRef dictionary, ObDictionaryApplier apply,
+                               void* context) {
   const auto* known = fromC<ob::Dictionary>(dictionary);
   if (known == nullptr) return;
-  for (const auto& [key, value] : known->pairs()) apply(toC<ObStringRef>(key.get()), value.get(), context);
+  for (const auto& [key, value] : known->pairs())
+    apply(toC<ObStringRef>(key.get()), value.get(), context);
 }
 
-ObTypeID ObErrorGetTypeID(void) { return ob::kErrorType; }
+ObTypeID ObErrorGetTypeID(void) {
+  return ob::kErrorType;
+}
 
 ObStringRef ObErrorGetDomain(ObErrorRef error) {
   const auto* known = fromC<ob::Error>(error);
@@ -130,8 +140,12 @@ ObStringRef ObErrorCopyDescription(ObErrorRef error) {
   }
 }
 
-ObPoolRef ObPoolCreate(void) { return new (std::nothrow) ObPool; }
+ObPoolRef ObPoolCreate(void) {
+  return new (std::nothrow) ObPool;
+}
 
-void ObPoolDrain(ObPoolRef pool) { delete pool; }
+void ObPoolDrain(ObPoolRef pool) {
+  delete pool;
+}
 
 }  // extern "C"

@@ -18,7 +18,9 @@ bool store(const std::optional<T>& value, T* out) {
 
 extern "C" {
 
-ObTypeID ObNumberGetTypeID(void) { return ob::kNumberType; }
+ObTypeID ObNumberGetTypeID(void) {
+  return ob::kNumberType;
+}
 
 bool ObNumberGetInt64(ObNumberRef number, int64_t* value) {
   const auto* known = fromC<ob::Number>(number);
@@ -39,14 +41,18 @@ bool ObNumberGetDouble(ObNumberRef number, double* value) {
 const ObBooleanRef kObBooleanTrue = reinterpret_cast<ObBooleanRef>(&ob::kTrue);
 const ObBooleanRef kObBooleanFalse = reinterpret_cast<ObBooleanRef>(&ob::kFalse);
 
-ObTypeID ObBooleanGetTypeID(void) { return ob::kBooleanType; }
+ObTypeID ObBooleanGetTypeID(void) {
+  return ob::kBooleanType;
+}
 
 bool ObBooleanGetValue(ObBooleanRef boolean) {
   const auto* known = fromC<ob::Boolean>(boolean);
   return known != nullptr && known->value();
 }
 
-ObTypeID ObDataGetTypeID(void) { return ob::kDataType; }
+ObTypeID ObDataGetTypeID(void) {
+  return ob::kDataType;
+}
 
 const uint8_t* ObDataGetBytes(ObDataRef data) {
   const auto* known = fromC<ob::Data>(data);
@@ -58,7 +64,9 @@ size_t ObDataGetLength(ObDataRef data) {
   return known == nullptr ? 0 : known->bytes().size();
 }
 
-ObTypeID ObDateGetTypeID(void) { return ob::kDateType; }
+ObTypeID ObDateGetTypeID(void) {
+  return ob::kDateType;
+}
 
 int64_t ObDateGetUnixNanoseconds(ObDateRef date) {
   const auto* known = fromC<ob::Date>(date);

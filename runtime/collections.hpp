@@ -28,7 +28,9 @@ struct StringKeyTraits {
   static bool same(const String& a, const Ref<const String>& b) noexcept {
     return &a == b.get() || a.view() == b->view();
   }
-  static std::size_t hash(const String& key) noexcept { return std::hash<std::string_view>{}(key.view()); }
+  static std::size_t hash(const String& key) noexcept {
+    return std::hash<std::string_view>{}(key.view());
+  }
 };
 
 class Dictionary final : public Object {

@@ -9,7 +9,8 @@ namespace ob {
 
 Ref<String> Error::description() const {
   char numbers[64];
-  std::snprintf(numbers, sizeof numbers, " (error 0x%08llX", static_cast<unsigned long long>(code_));
+  std::snprintf(numbers, sizeof numbers, " (error 0x%08llX",
+                static_cast<unsigned long long>(code_));
   std::string text = std::string(domain_->view()) + numbers;
   if (userInfo_) {
     for (const auto& [key, value] : userInfo_->pairs()) {

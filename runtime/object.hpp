@@ -1,7 +1,7 @@
 // The base of every object: an intrusive, atomic reference count and a type ID.
 //
-// Ownership: an object starts with one reference, owned by its maker. Ref<T> makes ownership visible in
-// types; raw pointers borrow. Raw owning pointers appear only at the C interface.
+// Ownership: an object starts with one reference, owned by its maker. Ref<T> makes ownership
+// visible in types; raw pointers borrow. Raw owning pointers appear only at the C interface.
 // Threads: references may be taken and given back on any thread.
 #pragma once
 
@@ -75,13 +75,11 @@ class Ref {
   Ref(const Ref& other) noexcept : object_(other.object_) { retainHeld(); }
   Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
   template <class U>
-    requires std::is_convertible_v<U*, T*>
-  Ref(const Ref<U>& other) noexcept : object_(other.get()) {
-    retainHeld();
-  }
+  requires std::is_convertible_v<U*, T*> Ref(const Ref<U>& other)
+  noexcept : object_(other.get()) { retainHeld(); }
   template <class U>
-    requires std::is_convertible_v<U*, T*>
-  Ref(Ref<U>&& other) noexcept : object_(other.detach()) {}
+  requires std::is_convertible_v<U*, T*> Ref(Ref<U>&& other)
+  noexcept : object_(other.detach()) {}
   ~Ref() {
     if (object_ != nullptr) object_->release();
   }

@@ -1,5 +1,5 @@
-// A map that keeps the order in which it was filled and costs little when small: a vector of pairs, with
-// a hash index beside it only above kLinear of them.
+// A map that keeps the order in which it was filled and costs little when small: a vector of pairs,
+// with a hash index beside it only above kLinear of them.
 //
 // Not safe for concurrent use. Iterators and pointers into it end with the next change.
 #pragma once
@@ -12,8 +12,8 @@
 
 namespace ob {
 
-// Traits gives `static bool same(KeyView, const Key&)` and `static std::size_t hash(KeyView)`, where
-// KeyView is what look-ups are made with and is made from a Key by `view(const Key&)`.
+// Traits gives `static bool same(KeyView, const Key&)` and `static std::size_t hash(KeyView)`,
+// where KeyView is what look-ups are made with and is made from a Key by `view(const Key&)`.
 template <class Key, class Value, class Traits>
 class OrderedMap {
  public:
@@ -42,17 +42,19 @@ class OrderedMap {
       pairs_[at].second = std::move(value);
       return;
     }
-    if (index_.size() < (pairs_.size() + 1) * 2 && pairs_.size() >= kLinear) rebuildIndex(pairs_.size() * 4);
+    if (index_.size() < (pairs_.size() + 1) * 2 && pairs_.size() >= kLinear)
+      rebuildIndex(pairs_.size() * 4);
     pairs_.emplace_back(std::move(key), std::move(value));
     if (!index_.empty()) enter(pairs_.size() - 1);
   }
 
-  // Removes the pair under key, if any. Below kLinear pairs the others keep their order; above it the
-  // last pair takes the place of the removed one, which costs the same whatever the size.
+  // Removes the pair under key, if any. Below kLinear pairs the others keep their order; above it
+  // the last pair takes the place of the removed one, which costs the same whatever the size.
   void erase(KeyView key) {
     const std::size_t at = position(key);
     if (at == kNowhere) return;
-    [[maybe_unused]] const Pair removed = std::move(pairs_[at]);  // its destruction must not see a half-changed map
+    [[maybe_unused]] const Pair removed =
+        std::move(pairs_[at]);  // its destruction must not see a half-changed map
     if (index_.empty()) {
       pairs_.erase(pairs_.begin() + static_cast<std::ptrdiff_t>(at));
       return;
@@ -89,7 +91,8 @@ class OrderedMap {
     return kNowhere;
   }
 
-  // index_ holds positions plus one, 0 where free; its size is a power of two, at least twice the pairs.
+  // index_ holds positions plus one, 0 where free; its size is a power of two, at least twice the
+  // pairs.
   void enter(std::size_t at) noexcept {
     const std::size_t mask = index_.size() - 1;
     std::size_t slot = home(at);

@@ -13,7 +13,9 @@ void makeBasePool() {
 
 }  // namespace
 
-Pool::Pool() noexcept : below_(innermost) { innermost = this; }
+Pool::Pool() noexcept : below_(innermost) {
+  innermost = this;
+}
 
 Pool::~Pool() {
   Pool** link = &innermost;

@@ -1,8 +1,8 @@
 // Scratch pools: where temporary objects live until the pool is drained.
 //
-// Each thread has a stack of pools, and below them one of its own that is drained when the thread ends,
-// so that a temporary object made without a pool is neither lost nor freed too early. A pool is made,
-// filled and drained on one thread.
+// Each thread has a stack of pools, and below them one of its own that is drained when the thread
+// ends, so that a temporary object made without a pool is neither lost nor freed too early. A pool
+// is made, filled and drained on one thread.
 #pragma once
 
 #include <vector>
@@ -15,8 +15,8 @@ class Pool {
  public:
   // Becomes the thread's innermost pool.
   Pool() noexcept;
-  // Releases what it holds. Pools end in the reverse order of their making; where one does not, it is
-  // taken out of the middle.
+  // Releases what it holds. Pools end in the reverse order of their making; where one does not, it
+  // is taken out of the middle.
   ~Pool();
   Pool(const Pool&) = delete;
   Pool& operator=(const Pool&) = delete;

@@ -29,7 +29,9 @@ class String final : public Object {
 
  private:
   String(const char* chars, std::size_t size) noexcept : chars_(chars), size_(size) {}
-  static void* operator new(std::size_t size, std::size_t extra) { return ::operator new(size + extra); }
+  static void* operator new(std::size_t size, std::size_t extra) {
+    return ::operator new(size + extra);
+  }
   static void operator delete(void* memory, std::size_t) noexcept { ::operator delete(memory); }
 
   const char* chars_;

@@ -11,7 +11,8 @@ namespace {
 // The whole number that real is exactly, if it lies in [low, 2^bits).
 template <class T>
 std::optional<T> exact(double real, double low, int bits) {
-  if (!(real >= low && real < std::ldexp(1.0, bits)) || real != std::trunc(real)) return std::nullopt;
+  if (!(real >= low && real < std::ldexp(1.0, bits)) || real != std::trunc(real))
+    return std::nullopt;
   return static_cast<T>(real);
 }
 
@@ -55,7 +56,9 @@ bool Number::equals(const Object& other) const noexcept {
 constinit ConstantBoolean kTrue(true);
 constinit ConstantBoolean kFalse(false);
 
-const Boolean* Boolean::of(bool value) noexcept { return value ? &kTrue.boolean : &kFalse.boolean; }
+const Boolean* Boolean::of(bool value) noexcept {
+  return value ? &kTrue.boolean : &kFalse.boolean;
+}
 
 bool Data::equals(const Object& other) const noexcept {
   return other.typeID() == kDataType && bytes_ == static_cast<const Data&>(other).bytes_;

@@ -24,8 +24,8 @@ class Number final : public Object {
   std::optional<std::int64_t> asInt64() const noexcept;
   std::optional<std::uint64_t> asUInt64() const noexcept;
   double asDouble() const noexcept;
-  // What an unsigned 64-bit read yields: two's complement for negative numbers, 0 for fractions and for
-  // what is out of range.
+  // What an unsigned 64-bit read yields: two's complement for negative numbers, 0 for fractions and
+  // for what is out of range.
   std::uint64_t bits() const noexcept;
 
   using Value = std::variant<std::int64_t, std::uint64_t, double>;

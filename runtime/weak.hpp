@@ -1,6 +1,7 @@
 // A reference that owns nothing and never dangles: where its target is gone it reads as none.
 //
-// The target holds a WeakAnchor<T> and hands out its cell; whoever keeps the cell asks it for the target.
+// The target holds a WeakAnchor<T> and hands out its cell; whoever keeps the cell asks it for the
+// target.
 #pragma once
 
 #include <mutex>

@@ -1,4 +1,5 @@
-// A whole host in memory: the registry, the tunable and the disk descriptions, as their owner fills them.
+// A whole host in memory: the registry, the tunable and the disk descriptions, as their owner fills
+// them.
 #pragma once
 
 #include "model/host.hpp"

@@ -102,15 +102,18 @@ RegistryResult<ob::Ref<const ob::Dictionary>> MemoryRegistry::copyProperties(Reg
   return {kSuccess, known->properties};
 }
 
-ob::Ref<const ob::Object> MemoryRegistry::copyProperty(RegistryHandle entry, const ob::String& name) {
+ob::Ref<const ob::Object> MemoryRegistry::copyProperty(RegistryHandle entry,
+                                                       const ob::String& name) {
   const Lock lock(mutex_);
   const Entry* known = entryOf(entry);
   if (known == nullptr) return nullptr;
   return ob::Ref<const ob::Object>::retain(known->properties->value(name));
 }
 
-ob::Ref<const ob::Object> MemoryRegistry::searchProperty(RegistryHandle entry, std::string_view plane,
-                                                         const ob::String& name, std::uint32_t options) {
+ob::Ref<const ob::Object> MemoryRegistry::searchProperty(RegistryHandle entry,
+                                                         std::string_view plane,
+                                                         const ob::String& name,
+                                                         std::uint32_t options) {
   const Lock lock(mutex_);
   Entry* known = entryOf(entry);
   if (known == nullptr || plane != registry::kServicePlane) return nullptr;
@@ -135,7 +138,8 @@ KernelStatus MemoryRegistry::setProperty(RegistryHandle entry, const ob::String&
     if (known == nullptr || tree_.find(known->id) != known) return kNoSuchObject;
     if (!writeHandler_) {
       auto pairs = known->properties->pairs();
-      pairs.set(ob::Ref<const ob::String>::retain(&name), ob::Ref<const ob::Object>::retain(&value));
+      pairs.set(ob::Ref<const ob::String>::retain(&name),
+                ob::Ref<const ob::Object>::retain(&value));
       known->properties = ob::Dictionary::make(std::move(pairs));
       return kSuccess;
     }
@@ -145,7 +149,8 @@ KernelStatus MemoryRegistry::setProperty(RegistryHandle entry, const ob::String&
   return handler(id, name, value);
 }
 
-RegistryResult<RegistryHandle> MemoryRegistry::createIterator(RegistryHandle entry, std::string_view plane,
+RegistryResult<RegistryHandle> MemoryRegistry::createIterator(RegistryHandle entry,
+                                                              std::string_view plane,
                                                               std::uint32_t options) {
   const Lock lock(mutex_);
   Entry* known = entryOf(entry);

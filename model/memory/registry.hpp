@@ -42,7 +42,8 @@ class MemoryRegistry final : public MPIODeviceRegistry {
   ob::Ref<const ob::Object> copyProperty(RegistryHandle entry, const ob::String& name) override;
   ob::Ref<const ob::Object> searchProperty(RegistryHandle entry, std::string_view plane,
                                            const ob::String& name, std::uint32_t options) override;
-  KernelStatus setProperty(RegistryHandle entry, const ob::String& name, const ob::Object& value) override;
+  KernelStatus setProperty(RegistryHandle entry, const ob::String& name,
+                           const ob::Object& value) override;
   RegistryResult<RegistryHandle> createIterator(RegistryHandle entry, std::string_view plane,
                                                 std::uint32_t options) override;
   RegistryHandle iteratorNext(RegistryHandle iterator) override;

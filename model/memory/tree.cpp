@@ -90,7 +90,8 @@ Entries Tree::relatives(Entry& entry, std::uint32_t options) {
   std::size_t done = 0;
   for (Entry* from = &entry; from != nullptr;) {
     for (Entry* parent : from->parents) {
-      if (std::exchange(parent->visited, walk_) != walk_) found.push_back(ob::Ref<Entry>::retain(parent));
+      if (std::exchange(parent->visited, walk_) != walk_)
+        found.push_back(ob::Ref<Entry>::retain(parent));
     }
     from = recursively && done < found.size() ? found[done++].get() : nullptr;
   }
@@ -105,7 +106,8 @@ void Tree::descend(Entry& entry, bool recursively, Entries& found) const {
     pending.pop_back();
     if (std::exchange(child->visited, walk_) == walk_) continue;
     found.push_back(ob::Ref<Entry>::retain(child));
-    if (recursively) pending.insert(pending.end(), child->children.rbegin(), child->children.rend());
+    if (recursively)
+      pending.insert(pending.end(), child->children.rbegin(), child->children.rend());
   }
 }
 

@@ -1,5 +1,5 @@
-// A tree of registry entries in memory: classes, entries, parents and children. Not safe for concurrent
-// use; MemoryRegistry serialises it.
+// A tree of registry entries in memory: classes, entries, parents and children. Not safe for
+// concurrent use; MemoryRegistry serialises it.
 #pragma once
 
 #include <map>
@@ -38,8 +38,8 @@ using Entries = std::vector<ob::Ref<Entry>>;
 class Tree {
  public:
   Tree();
-  // Makes className derive from base; both become known. False where it would make a cycle or className
-  // already has another base.
+  // Makes className derive from base; both become known. False where it would make a cycle or
+  // className already has another base.
   bool defineClass(const std::string& className, const std::string& base);
   // Null where the ID is taken or a parent is not there.
   Entry* add(EntryID id, const std::string& className, const std::vector<EntryID>& parents,
@@ -49,8 +49,8 @@ class Tree {
 
   Entry* find(EntryID id) const noexcept;
   Entries ofClass(std::string_view className) const;
-  // The relatives of entry that options choose, nearest level first towards parents, depth first towards
-  // children; each once, entry itself not.
+  // The relatives of entry that options choose, nearest level first towards parents, depth first
+  // towards children; each once, entry itself not.
   Entries relatives(Entry& entry, std::uint32_t options);
 
  private:
