@@ -69,6 +69,7 @@ void RunLoop::wakeUp() noexcept {
 }
 
 void RunLoop::stop() noexcept {
+  const auto self = Ref<RunLoop>::retain(this);  // its thread may end as soon as it is stopped
   stopped_.store(true);
   wakeUp();
 }
