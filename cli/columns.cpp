@@ -2,7 +2,7 @@
 
 #include <tavrenix/mpio.h>
 
-#include <algorithm>
+#include <cstdint>
 #include <string_view>
 
 #include "cli/text.hpp"
@@ -47,6 +47,8 @@ std::optional<std::string> volumeSize(ObDictionaryRef properties, ObStringRef ke
   if (!ObNumberGetInt64(value, &bytes)) return std::nullopt;
   return formatVolumeSize(bytes);
 }
+
+// Header, blanks before it, blanks before its values, width, key, shown when absent, converter.
 
 const Column unitTable[] = {
     {"Alias", 1, 1, 16, &kMPIOLogicalUnitAliasKey, "No Alias", plainText},

@@ -68,7 +68,7 @@ std::string baseName(std::string path) {
 
 }  // namespace tavrenix::cli
 
-int tavrenixMain(int argc, char** argv, uid_t (*effectiveUser)()) {
+int tavrenixMain(int argc, char** argv, std::uint32_t (*effectiveUser)()) {
   using namespace tavrenix::cli;
 
   // A reader that leaves early, as head does, must not change the exit status.
