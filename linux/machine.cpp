@@ -163,27 +163,31 @@ std::vector<std::uint8_t> Machine::portIdentifierOfHost(EntryID host) {
 
 void Machine::forget() {
   const Lock lock(mutex_);
-  verified_.clear();
+  inodes_.clear();
   units_.clear();
   statuses_.clear();
 }
 
-bool Machine::verify(EntryID id) {
-  if (const bool* known = verified_.find(id)) return *known;
-  const EntryName name = nameOf(id);
-  if (name.kind == Kind::kNone) return false;
+std::optional<std::uint64_t> Machine::inodeOf(EntryName name) {
+  // A map, a path and a medium of one number have one folder.
+  const bool device = name.kind != Kind::kTarget && name.kind != Kind::kHost;
+  const EntryID key = makeEntryID({device ? Kind::kUnit : name.kind, name.number}, 0);
+  if (const auto* known = inodes_.find(key)) return *known;
   const auto inode = files_.inode(sys::folderOf(name));
-  const bool same = inode && makeEntryID(name, *inode) == id;
-  verified_.put(id, same);
-  return same;
+  inodes_.put(key, inode);
+  return inode;
+}
+
+bool Machine::verify(EntryID id) {
+  if (nameOf(id).kind == Kind::kNone) return false;
+  const auto inode = inodeOf(nameOf(id));
+  return inode && makeEntryID(nameOf(id), *inode) == id;
 }
 
 std::optional<EntryID> Machine::identify(EntryName name) {
-  const auto inode = files_.inode(sys::folderOf(name));
+  const auto inode = inodeOf(name);
   if (!inode) return std::nullopt;
-  const EntryID id = makeEntryID(name, *inode);
-  verified_.put(id, true);
-  return id;
+  return makeEntryID(name, *inode);
 }
 
 std::shared_ptr<const Unit> Machine::readUnit(EntryID id) {

@@ -33,7 +33,7 @@ class Machine {
  public:
   // Both are borrowed and outlive the machine.
   Machine(const HostFiles& files, DeviceMapperPort& port, Clock::duration recent = kRecent)
-      : files_(files), port_(port), verified_(recent), units_(recent), statuses_(recent) {}
+      : files_(files), port_(port), inodes_(recent), units_(recent), statuses_(recent) {}
 
   // Changes whenever units, paths or tables have changed. 0 where the driver is not there or the caller
   // may not read it.
@@ -72,6 +72,7 @@ class Machine {
 
  private:
   // These hold mutex_ already.
+  std::optional<std::uint64_t> inodeOf(EntryName name);
   bool verify(EntryID id);
   std::optional<EntryID> identify(EntryName name);
   std::shared_ptr<const Unit> readUnit(EntryID id);
@@ -82,7 +83,7 @@ class Machine {
   const HostFiles& files_;
   DeviceMapperPort& port_;
   std::mutex mutex_;
-  RecentMap<bool> verified_;
+  RecentMap<std::optional<std::uint64_t>> inodes_;  // by folder
   RecentMap<std::shared_ptr<const Unit>> units_;
   RecentMap<std::optional<MultipathStatus>> statuses_;
   // For the life of a device.

@@ -4,6 +4,7 @@
 #include "linux/tree.hpp"
 #include "linux/wwid.hpp"
 #include "model/registry_names.hpp"
+#include "runtime/values.hpp"
 
 namespace tavrenix::sys {
 
@@ -64,13 +65,11 @@ Dictionary pathProperties(Machine& machine, EntryID id) {
 
 Dictionary hostProperties(Machine& machine, EntryID id) {
   if (!machine.exists(id)) return nullptr;
-  ob::DictionaryBuilder builder(1);
+  ob::DictionaryBuilder controller(1);
   const auto port = machine.portIdentifierOfHost(id);
-  if (!port.empty()) {
-    ob::DictionaryBuilder controller(1);
-    controller.add(registry::kSCSIPortIdentifier, dataValue(port));
-    builder.add(registry::kControllerCharacteristics, controller.build());
-  }
+  if (!port.empty()) controller.add(registry::kSCSIPortIdentifier, dataValue(port));
+  ob::DictionaryBuilder builder(1);
+  builder.add(registry::kControllerCharacteristics, controller.build());
   return builder.build();
 }
 
@@ -103,12 +102,10 @@ ob::Ref<const ob::Dictionary> propertiesOf(Machine& machine, EntryID id) {
 }
 
 ob::Ref<const ob::Object> propertyOf(Machine& machine, EntryID id, const ob::String& name) {
-  const bool ofHost = name.equals(registry::kControllerCharacteristics);
-  const bool ofMedium = name.equals(registry::kLeaf) || name.equals(registry::kContent);
+  // What is searched for where it never is costs nothing.
   const Kind kind = nameOf(id).kind;
-  // The two kinds of properties that are searched for where they never are.
-  if (ofHost != (kind == Kind::kHost) && (ofHost || kind == Kind::kHost)) return nullptr;
-  if (ofMedium != (kind == Kind::kMedium) || name.equals(registry::kContent)) return nullptr;
+  if (name.equals(registry::kControllerCharacteristics) && kind != Kind::kHost) return nullptr;
+  if (name.equals(registry::kContent)) return nullptr;  // no medium here has a content hint
   const auto properties = propertiesOf(machine, id);
   return properties ? ob::Ref<const ob::Object>::retain(properties->value(name)) : nullptr;
 }
