@@ -24,6 +24,7 @@ disk_count_is() { [ "$(ls -d /sys/block/sd* 2>/dev/null | wc -l)" -eq "$1" ]; }
 loop_units() {
   local target=/sys/kernel/config/target unit path tpg lun
   modprobe -a target_core_file tcm_loop
+  mount -t configfs configfs /sys/kernel/config
   mkdir -p /tmp/stores $target/core/fileio_0
   for unit in $(seq 0 $(($1 - 1))); do
     truncate -s "${3}M" "/tmp/stores/$unit"

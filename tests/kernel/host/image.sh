@@ -1,11 +1,12 @@
 # shellcheck shell=bash
+# shellcheck disable=SC2154 # work, tools and boots come from run
 # The guest's root: the unpacked packages without their papers, the few kernel modules needed, this project's
 # programs and the scenarios. It lives in memory only, as an initramfs.
 
 # Modules by name; what they depend on follows by itself. crc32c_generic is named because ext4 asks for it by alias.
 guest_modules=(
-  dm_mod dm_multipath dm_round_robin dm_queue_length dm_service_time dm_historical_service_time dm_io_affinity
-  scsi_dh_alua sd_mod scsi_debug tcm_loop target_core_file target_core_iblock target_core_user loop ext4 crc32c_generic
+  dm_mod dm_multipath dm_round_robin dm_queue_length dm_service_time
+  scsi_dh_alua sd_mod scsi_debug tcm_loop target_core_file loop ext4 crc32c_generic
 )
 
 make_image() {
@@ -77,8 +78,9 @@ lay_out_own() {
   local own=$1 program library
   mkdir -p "$own/tests" "$own/usr/bin" "$own/usr/lib/x86_64-linux-gnu" "$own/etc"
   cp tests/kernel/guest/init "$own/init"
-  cp tests/kernel/guest/{checks,setup,tool}.sh tests/kernel/guest/*.awk "$own/tests/"
+  cp tests/kernel/guest/*.sh tests/kernel/guest/*.awk "$own/tests/"
   cp -r tests/kernel/scenarios "$own/tests/"
+  cp tests/kernel/recordings/*.sh "$own/tests/scenarios/"
   cp tests/kernel/guest/{multipath.conf,passwd,lvm.conf} "$own/etc/"
   for program in "$tools/linux/tavrenix" "$tools/examples/tavrenix-watch"; do
     [[ -x $program ]] || continue

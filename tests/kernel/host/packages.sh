@@ -1,4 +1,5 @@
 # shellcheck shell=bash
+# shellcheck disable=SC2154 # work, tools and boots come from run
 # Debian's packages that the guest is made of: downloaded and unpacked below build/kernel, never installed.
 
 guest_packages=(
