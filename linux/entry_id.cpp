@@ -8,10 +8,6 @@ std::string folderOf(EntryName name) {
     case Kind::kPath:
     case Kind::kMedium:
       return "/sys/dev/block/" + name.device().text();
-    case Kind::kTarget:
-      return "/sys/bus/scsi/devices/target" + std::to_string(name.number >> 20) + ':' +
-             std::to_string((name.number >> 14) & 0x3F) + ':' +
-             std::to_string(name.number & 0x3FFF);
     case Kind::kHost:
       return "/sys/class/scsi_host/host" + std::to_string(name.number);
     case Kind::kNone:

@@ -5,8 +5,7 @@
 //   bits 32 to 60  sequence: the low bits of the inode number of the entry's folder in sysfs. The kernel
 //                  counts these up for as long as it runs, some hundred for a disk, so that one comes
 //                  again after millions of devices at the earliest, and then under another number.
-//   bits  0 to 31  number: of a block device (12 bits major, 20 bits minor), of a SCSI host, or of a SCSI
-//                  target (12 bits host, 6 bits channel, 14 bits target)
+//   bits  0 to 31  number: of a block device (12 bits major, 20 bits minor) or of a SCSI host
 //
 // So an ID leads straight to its folder, and the folder's inode number tells whether it is still that
 // device. Kernels before 5.5 may give an inode number again: there, and only there, a look-up cannot tell
@@ -16,12 +15,11 @@
 #include <optional>
 
 #include "linux/device_number.hpp"
-#include "linux/place.hpp"
 #include "model/registry.hpp"
 
 namespace tavrenix::sys {
 
-enum class Kind : std::uint8_t { kNone, kUnit, kPath, kMedium, kTarget, kHost };
+enum class Kind : std::uint8_t { kNone, kUnit, kPath, kMedium, kHost };
 
 struct EntryName {
   Kind kind = Kind::kNone;
@@ -53,15 +51,6 @@ inline EntryName deviceEntry(Kind kind, DeviceNumber device) {
 }
 
 inline EntryName hostEntry(std::uint32_t host) { return {Kind::kHost, host}; }
-
-// Nothing where the numbers do not fit: such a target has no entry, and its paths hang below the host.
-inline std::optional<EntryName> targetEntry(const ScsiAddress& address) {
-  if (address.host >> 12 != 0 || address.channel >> 6 != 0 || address.target >> 14 != 0) {
-    return std::nullopt;
-  }
-  return EntryName{Kind::kTarget,
-                   (address.host << 20) | (address.channel << 14) | address.target};
-}
 
 // The folder of the entry in sysfs.
 std::string folderOf(EntryName name);

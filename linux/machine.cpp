@@ -130,12 +130,6 @@ std::optional<EntryID> Machine::hostOf(EntryID path) {
   return where && where->address ? entry(hostEntry(where->address->host)) : std::nullopt;
 }
 
-std::optional<EntryID> Machine::targetOf(EntryID path) {
-  const auto where = place(path);
-  const auto name = where && where->address ? targetEntry(*where->address) : std::nullopt;
-  return name ? entry(*name) : std::nullopt;
-}
-
 std::string Machine::interconnectOfPath(EntryID path) {
   const auto where = place(path);
   if (!where || !where->address) return {};
@@ -170,8 +164,8 @@ void Machine::forget() {
 
 std::optional<std::uint64_t> Machine::inodeOf(EntryName name) {
   // A map, a path and a medium of one number have one folder.
-  const bool device = name.kind != Kind::kTarget && name.kind != Kind::kHost;
-  const EntryID key = makeEntryID({device ? Kind::kUnit : name.kind, name.number}, 0);
+  const Kind kind = name.kind == Kind::kHost ? Kind::kHost : Kind::kUnit;
+  const EntryID key = makeEntryID({kind, name.number}, 0);
   if (const auto* known = inodes_.find(key)) return *known;
   const auto inode = files_.inode(sys::folderOf(name));
   inodes_.put(key, inode);

@@ -1,4 +1,4 @@
-// The machine as the registry sees it: multipath maps, their paths, SCSI targets and hosts, media.
+// The machine as the registry sees it: multipath maps, their paths, SCSI hosts, media.
 //
 // What never changes while a device lives (where it stands, what it calls itself) is read once and kept.
 // Everything else is read when asked for; what was read within the last kRecent is told again, except
@@ -57,7 +57,6 @@ class Machine {
   // of its paths.
   Identity identityOfPath(EntryID path);
   std::optional<EntryID> hostOf(EntryID path);
-  std::optional<EntryID> targetOf(EntryID path);
   // As interconnectOf and portIdentifierOf of host_port.hpp.
   std::string interconnectOfPath(EntryID path);
   std::vector<std::uint8_t> portIdentifierOfHost(EntryID host);

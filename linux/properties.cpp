@@ -93,8 +93,6 @@ ob::Ref<const ob::Dictionary> propertiesOf(Machine& machine, EntryID id) {
       return hostProperties(machine, id);
     case Kind::kMedium:
       return mediumProperties(machine, id);
-    case Kind::kTarget:
-      return machine.exists(id) ? ob::DictionaryBuilder(0).build() : nullptr;
     case Kind::kNone:
       break;
   }

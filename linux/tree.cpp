@@ -16,7 +16,7 @@ void add(Entries& entries, std::optional<EntryID> id) {
 }
 
 std::optional<DeviceNumber> numberOfDisk(const Machine& machine, const std::string& name) {
-  const auto text = machine.files().read("/sys/class/block/" + name + "/dev");
+  const auto text = machine.files().read("/sys/block/" + name + "/dev");
   return text ? parseDeviceNumber(trim(*text)) : std::nullopt;
 }
 
@@ -35,14 +35,14 @@ std::vector<DeviceNumber> neighbours(const Machine& machine, EntryID id, const c
   return found;
 }
 
-// The paths of all units that hang below the entry.
-Entries pathsBelow(Machine& machine, EntryID id, std::optional<EntryID> (Machine::*above)(EntryID)) {
+// The paths of all units that hang below the host.
+Entries pathsBelow(Machine& machine, EntryID host) {
   Entries found;
   for (const EntryID unitID : machine.units().value) {
     const auto unit = machine.unit(unitID);
     if (!unit) continue;
     for (const EntryID path : machine.pathsOf(*unit)) {
-      if ((machine.*above)(path) == id) add(found, path);
+      if (machine.hostOf(path) == host) add(found, path);
     }
   }
   return found;
@@ -64,13 +64,8 @@ Entries parentsOf(Machine& machine, EntryID id) {
     case Kind::kUnit:
       if (const auto unit = machine.unit(id)) return machine.pathsOf(*unit);
       break;
-    case Kind::kPath: {
-      const auto target = machine.targetOf(id);
-      add(found, target ? target : machine.hostOf(id));
-      break;
-    }
-    case Kind::kTarget:
-      add(found, machine.entry(hostEntry(nameOf(id).number >> 20)));
+    case Kind::kPath:
+      add(found, machine.hostOf(id));
       break;
     case Kind::kMedium: {
       const DeviceNumber own = nameOf(id).device();
@@ -94,13 +89,7 @@ Entries childrenOf(Machine& machine, EntryID id) {
   Entries found;
   switch (nameOf(id).kind) {
     case Kind::kHost:
-      for (const EntryID path : pathsBelow(machine, id, &Machine::hostOf)) {
-        const auto target = machine.targetOf(path);
-        add(found, target ? *target : path);
-      }
-      break;
-    case Kind::kTarget:
-      return pathsBelow(machine, id, &Machine::targetOf);
+      return pathsBelow(machine, id);
     case Kind::kPath:
       for (const auto device : neighbours(machine, id, "/holders")) {
         if (isUnit(machine, device)) add(found, machine.entry(deviceEntry(Kind::kUnit, device)));

@@ -1,9 +1,10 @@
 // Who stands above and below whom:
 //
-//   host -> target -> path -> unit -> medium of the whole map -> media that lie on it, and so on
+//   host -> path -> unit -> medium of the whole map -> media that lie on it, and so on
 //
 // A path is a disk that a map uses; media are the map itself and its holders: partitions, logical
-// volumes and whatever else the kernel builds from it.
+// volumes and whatever else the kernel builds from it. A SCSI target between host and path says nothing
+// that anyone asks for, and has no entry.
 #pragma once
 
 #include "linux/machine.hpp"
