@@ -1,6 +1,5 @@
 #include "linux/disks.hpp"
 
-#include "linux/udev_record.hpp"
 
 namespace tavrenix::sys {
 
@@ -8,17 +7,16 @@ std::optional<DiskDescription> LinuxDisks::describe(RegistryHandle media) {
   const auto id = registry_.entryIDOf(media);
   if (!id || nameOf(*id).kind != Kind::kMedium || !machine_.exists(*id)) return std::nullopt;
   DiskDescription description;
-  const HostFiles& files = machine_.files();
-  const auto record = files.read("/run/udev/data/b" + nameOf(*id).device().text());
-  const auto label = record ? fileSystemLabel(*record) : std::nullopt;
+  const auto label = machine_.label(*id);
   if (!label) return description;
 
   description.volumeName = ob::String::make(*label);
   description.bsdName = ob::String::make(deviceName(*id));
-  const auto size = files.read(folderOf(nameOf(*id)) + "/size");
+  const auto size = machine_.files().read(folderOf(nameOf(*id)) + "/size");
   if (const auto sectors = size ? parseNumber(trim(*size)) : std::nullopt) {
     description.mediaSize = ob::Number::make(*sectors * 512);
   }
+  machine_.answered();
   return description;
 }
 

@@ -13,7 +13,7 @@ class LinuxHost final : public MPIOHost {
   // The ports are borrowed and outlive the host. A caller who is not the superuser gets generation 0, as on
   // a machine without the driver, and nothing of the machine is touched.
   LinuxHost(HostFiles files, DeviceMapperPort& port, PathDaemon& daemon,
-            std::uint32_t effectiveUser, Clock::duration recent = kRecent);
+            std::uint32_t effectiveUser, Burst::Clock::duration pause = Burst::kPause);
 
   LinuxRegistry& registry() override { return registry_; }
   LinuxTunable& tunable() override { return tunable_; }

@@ -2,13 +2,12 @@
 
 #include <cerrno>
 
+#include "linux/udev_record.hpp"
 #include "linux/wwid.hpp"
 
 namespace tavrenix::sys {
 
 namespace {
-
-using Lock = std::lock_guard<std::mutex>;
 
 void mixIn(std::uint64_t& hash, std::uint64_t value) {
   hash = ob::NumberKeyTraits::hash(hash * 31 + value);
@@ -26,22 +25,69 @@ std::vector<DeviceNumber> pathsIn(const MultipathTable& table) {
 
 }  // namespace
 
-std::uint32_t Machine::generation() {
-  const auto maps = port_.list();
-  if (maps.status != 0) return 0;
-  // Events of every device are counted in one number; what happens inside a map, in the map's own.
-  const auto events = files_.read("/sys/kernel/uevent_seqnum");
-  std::uint64_t hash = events ? parseNumber(trim(*events)).value_or(0) : 0;
-  for (const auto& map : maps.value) {
-    mixIn(hash, (std::uint64_t{map.device.major} << 52) | (std::uint64_t{map.device.minor} << 32) |
-                    map.event);
+class Machine::Question {
+ public:
+  explicit Question(Machine& machine) : machine_(machine), lock_(machine.mutex_) {
+    if (!machine.burst_.goesOn()) {
+      machine.forgetAll();
+    } else if (machine.burst_.needsCheck()) {
+      machine.readGeneration();
+    }
   }
-  const auto number = static_cast<std::uint32_t>(hash ^ (hash >> 32));
-  return number == 0 ? 1 : number;
+  Question(const Question&) = delete;
+  Question& operator=(const Question&) = delete;
+  ~Question() { machine_.burst_.answered(); }
+
+ private:
+  Machine& machine_;
+  std::lock_guard<std::mutex> lock_;
+};
+
+std::uint32_t Machine::generation() {
+  const Question question(*this);
+  return readGeneration();
+}
+
+void Machine::forget() {
+  const Question question(*this);
+  forgetAll();
+}
+
+void Machine::answered() {
+  const std::lock_guard lock(mutex_);
+  burst_.answered();
+}
+
+void Machine::forgetAll() {
+  inodes_.clear();
+  units_.clear();
+  statuses_.clear();
+  labels_.clear();
+  burst_.checked();
+}
+
+std::uint32_t Machine::readGeneration() {
+  std::uint32_t number = 0;
+  const auto maps = port_.list();
+  if (maps.status == 0) {
+    // Events of every device are counted in one number; what happens inside a map, in the map's own.
+    const auto events = files_.read("/sys/kernel/uevent_seqnum");
+    std::uint64_t hash = events ? parseNumber(trim(*events)).value_or(0) : 0;
+    for (const auto& map : maps.value) {
+      mixIn(hash, (std::uint64_t{map.device.major} << 52) |
+                      (std::uint64_t{map.device.minor} << 32) | map.event);
+    }
+    number = static_cast<std::uint32_t>(hash ^ (hash >> 32));
+    if (number == 0) number = 1;
+  }
+  if (number != generation_) forgetAll();
+  generation_ = number;
+  burst_.checked();
+  return number;
 }
 
 Answer<std::vector<EntryID>> Machine::units() {
-  const Lock lock(mutex_);
+  const Question question(*this);
   const auto maps = port_.list();
   if (maps.status != 0) return {maps.status, {}};
   Answer<std::vector<EntryID>> found;
@@ -50,7 +96,7 @@ Answer<std::vector<EntryID>> Machine::units() {
       const auto read = readMap(map.device);
       if (read.status != 0 || !isMultipathUuid(read.value->lines.uuid)) continue;
       if (const auto id = identify(deviceEntry(Kind::kUnit, map.device))) {
-        units_.put(*id, read.value);
+        units_.set(*id, read.value);
         found.value.push_back(*id);
       }
     } else if (isMultipathUuid(map.uuid)) {
@@ -61,17 +107,17 @@ Answer<std::vector<EntryID>> Machine::units() {
 }
 
 bool Machine::exists(EntryID id) {
-  const Lock lock(mutex_);
+  const Question question(*this);
   return verify(id);
 }
 
 std::shared_ptr<const Unit> Machine::unit(EntryID id) {
-  const Lock lock(mutex_);
+  const Question question(*this);
   return readUnit(id);
 }
 
 std::optional<MultipathStatus> Machine::status(EntryID id) {
-  const Lock lock(mutex_);
+  const Question question(*this);
   if (const auto* kept = statuses_.find(id)) return *kept;
   if (nameOf(id).kind != Kind::kUnit || !verify(id)) return std::nullopt;
   const auto read = port_.read(nameOf(id).device(), Lines::kStatus);
@@ -79,12 +125,12 @@ std::optional<MultipathStatus> Machine::status(EntryID id) {
   if (read.status == 0 && read.value.targets.size() == 1) {
     status = parseMultipathStatus(read.value.targets.front().line);
   }
-  statuses_.put(id, status);
+  statuses_.set(id, status);
   return status;
 }
 
 std::vector<EntryID> Machine::pathsOf(const Unit& unit) {
-  const Lock lock(mutex_);
+  const Question question(*this);
   std::vector<EntryID> found;
   const auto unitID = identify(deviceEntry(Kind::kUnit, unit.device));
   for (const auto device : unit.paths) {
@@ -97,13 +143,13 @@ std::vector<EntryID> Machine::pathsOf(const Unit& unit) {
 }
 
 Identity Machine::identityOf(EntryID unit) {
-  const Lock lock(mutex_);
+  const Question question(*this);
   const Identity* identity = rememberIdentity(unit);
   return identity == nullptr ? Identity{} : *identity;
 }
 
 Identity Machine::identityOfPath(EntryID path) {
-  const Lock lock(mutex_);
+  const Question question(*this);
   if (const EntryID* unit = unitOfPath_.find(path)) {
     if (const Identity* identity = rememberIdentity(*unit)) return *identity;
   }
@@ -111,7 +157,7 @@ Identity Machine::identityOfPath(EntryID path) {
 }
 
 std::optional<Place> Machine::place(EntryID path) {
-  const Lock lock(mutex_);
+  const Question question(*this);
   if (nameOf(path).kind != Kind::kPath || !verify(path)) return std::nullopt;
   if (const Place* known = places_.find(path)) return *known;
   const auto link = files_.link(folderOf(nameOf(path).device()));
@@ -120,8 +166,17 @@ std::optional<Place> Machine::place(EntryID path) {
   return place;
 }
 
+std::optional<std::string> Machine::label(EntryID medium) {
+  const Question question(*this);
+  if (const auto* known = labels_.find(medium)) return *known;
+  const auto record = files_.read("/run/udev/data/b" + nameOf(medium).device().text());
+  auto label = record ? fileSystemLabel(*record) : std::nullopt;
+  labels_.set(medium, label);
+  return label;
+}
+
 std::optional<EntryID> Machine::entry(EntryName name) {
-  const Lock lock(mutex_);
+  const Question question(*this);
   return identify(name);
 }
 
@@ -137,7 +192,7 @@ std::string Machine::interconnectOfPath(EntryID path) {
   if (where->transport != Transport::kUnknown) {
     return interconnectOf(files_, number, where->transport);
   }
-  const Lock lock(mutex_);
+  const Question question(*this);
   const auto host = identify(hostEntry(number));
   if (!host) return {};
   if (!interconnects_.contains(*host)) {
@@ -147,19 +202,12 @@ std::string Machine::interconnectOfPath(EntryID path) {
 }
 
 std::vector<std::uint8_t> Machine::portIdentifierOfHost(EntryID host) {
-  const Lock lock(mutex_);
+  const Question question(*this);
   if (nameOf(host).kind != Kind::kHost || !verify(host)) return {};
   if (!portIdentifiers_.contains(host)) {
     portIdentifiers_.set(host, portIdentifierOf(files_, nameOf(host).number));
   }
   return *portIdentifiers_.find(host);
-}
-
-void Machine::forget() {
-  const Lock lock(mutex_);
-  inodes_.clear();
-  units_.clear();
-  statuses_.clear();
 }
 
 std::optional<std::uint64_t> Machine::inodeOf(EntryName name) {
@@ -168,7 +216,7 @@ std::optional<std::uint64_t> Machine::inodeOf(EntryName name) {
   const EntryID key = makeEntryID({kind, name.number}, 0);
   if (const auto* known = inodes_.find(key)) return *known;
   const auto inode = files_.inode(sys::folderOf(name));
-  inodes_.put(key, inode);
+  inodes_.set(key, inode);
   return inode;
 }
 
@@ -189,7 +237,7 @@ std::shared_ptr<const Unit> Machine::readUnit(EntryID id) {
   if (const auto* kept = units_.find(id)) return *kept;
   const auto read = readMap(nameOf(id).device());
   if (read.status != 0) return nullptr;
-  units_.put(id, read.value);
+  units_.set(id, read.value);
   return read.value;
 }
 

@@ -1,15 +1,15 @@
 // The machine as the registry sees it: multipath maps, their paths, SCSI hosts, media.
 //
 // What never changes while a device lives (where it stands, what it calls itself) is read once and kept.
-// Everything else is read when asked for; what was read within the last kRecent is told again, except
-// counters and states of paths, which are always read. The host's own changes forget all of it.
-// Entry IDs are checked against the machine at each look-up, within the same bounds.
+// Everything else, entry IDs included, is looked at when asked for, once in a burst of questions (see
+// burst.hpp).
 // Threads: one lock guards what is kept; any operation on any thread.
 #pragma once
 
 #include <memory>
 #include <mutex>
 
+#include "linux/burst.hpp"
 #include "linux/device_mapper.hpp"
 #include "linux/entry_id.hpp"
 #include "linux/files.hpp"
@@ -17,7 +17,6 @@
 #include "linux/inquiry.hpp"
 #include "linux/multipath_status.hpp"
 #include "linux/multipath_table.hpp"
-#include "linux/recent.hpp"
 
 namespace tavrenix::sys {
 
@@ -32,8 +31,9 @@ struct Unit {
 class Machine {
  public:
   // Both are borrowed and outlive the machine.
-  Machine(const HostFiles& files, DeviceMapperPort& port, Clock::duration recent = kRecent)
-      : files_(files), port_(port), inodes_(recent), units_(recent), statuses_(recent) {}
+  Machine(const HostFiles& files, DeviceMapperPort& port,
+          Burst::Clock::duration pause = Burst::kPause)
+      : files_(files), port_(port), burst_(pause) {}
 
   // Changes whenever units, paths or tables have changed. 0 where the driver is not there or the caller
   // may not read it.
@@ -61,6 +61,9 @@ class Machine {
   std::string interconnectOfPath(EntryID path);
   std::vector<std::uint8_t> portIdentifierOfHost(EntryID host);
 
+  // The label of the file system on a medium, as udev knows it. Nothing where it has none.
+  std::optional<std::string> label(EntryID medium);
+
   // The ID of what now bears that name. Nothing where nothing does.
   std::optional<EntryID> entry(EntryName name);
   // Forgets everything that may have changed.
@@ -68,9 +71,16 @@ class Machine {
 
   const HostFiles& files() const { return files_; }
   DeviceMapperPort& port() { return port_; }
+  // To be called by who has read files on behalf of a caller: the burst goes on.
+  void answered();
 
  private:
+  // One question: holds mutex_, and forgets first what may not be told again.
+  class Question;
+
   // These hold mutex_ already.
+  void forgetAll();
+  std::uint32_t readGeneration();
   std::optional<std::uint64_t> inodeOf(EntryName name);
   bool verify(EntryID id);
   std::optional<EntryID> identify(EntryName name);
@@ -82,9 +92,13 @@ class Machine {
   const HostFiles& files_;
   DeviceMapperPort& port_;
   std::mutex mutex_;
-  RecentMap<std::optional<std::uint64_t>> inodes_;  // by folder
-  RecentMap<std::shared_ptr<const Unit>> units_;
-  RecentMap<std::optional<MultipathStatus>> statuses_;
+  Burst burst_;
+  std::uint32_t generation_ = 0;
+  // For one burst.
+  ob::NumberMap<std::optional<std::uint64_t>> inodes_;  // by folder
+  ob::NumberMap<std::shared_ptr<const Unit>> units_;
+  ob::NumberMap<std::optional<MultipathStatus>> statuses_;
+  ob::NumberMap<std::optional<std::string>> labels_;
   // For the life of a device.
   ob::NumberMap<Place> places_;
   ob::NumberMap<Identity> identities_;  // of units

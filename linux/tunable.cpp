@@ -59,6 +59,7 @@ std::optional<SCSIPathStatistics> LinuxTunable::pathRecord(EntryID unit, EntryID
   const std::string folder = folderOf(nameOf(path));
   const auto [stat, deviceState, accessState] = machine_.files().readTogether<3>(
       {folder + "/stat", folder + "/device/state", folder + "/device/access_state"});
+  machine_.answered();
   const auto counters = stat ? parseBlockStat(*stat) : std::nullopt;
   if (!counters) return std::nullopt;
 
