@@ -27,6 +27,9 @@ enum BuiltinType : TypeID {
   kDictionaryType,
   kErrorType,
   kWeakCellType,
+  kDispatchQueueType,
+  kRunLoopType,
+  kRunLoopSourceType,
   kFirstRegisteredType,
 };
 
