@@ -13,13 +13,18 @@ Each algorithm under its name on the command line, which differs from the name i
 
   $ algorithm AA01
   Modified Round Robin
-  $ modify --id AA01 --algorithm LeastIO; algorithm AA01
+  $ modify --id AA01 --algorithm LeastIO; algorithm AA01; batchCount 100
   Least Queue Depth
+  16
   $ modify -a LeastBytes -i AA01; algorithm AA01
   Least Bytes
-  $ modify -aRoundRobin -iAA01; algorithm AA01; batchCount 100
+  $ modify -aRoundRobin -iAA01; algorithm AA01
   Modified Round Robin
-  16
+
+A change of algorithm sends the batch count along, as known: it is read under round robin alone, and 0 where it was not.
+
+  $ batchCount 100
+  0
 
 An unknown word is passed over: an earlier choice stays, and alone it is no change at all. Case counts:
 
