@@ -32,7 +32,13 @@ class Reload {
   // Puts table in force; if anything is wrong the old one stays or comes back.
   int change(const MultipathTable& table) {
     if (const int status = load(table); status != 0) return status;
-    int status = activate();
+    // As late as can be: a path that fails from here on is found out anew by its first request.
+    int status = rememberFailures();
+    if (status == 0) {
+      status = activate();
+    } else {
+      port_.clear(map_);
+    }
     if (status != 0) return status;
     if (status = failAgain(); status == 0) status = check(table, Lines::kTable);
     if (status != 0 && load(old_) == 0 && activate() == 0) failAgain();
@@ -50,19 +56,21 @@ class Reload {
     return status;
   }
 
+  int rememberFailures() {
+    const auto lines = port_.read(map_, Lines::kStatus);
+    if (lines.status != 0) return lines.status;
+    const bool one = lines.value.targets.size() == 1;
+    const auto status = one ? parseMultipathStatus(lines.value.targets.front().line) : std::nullopt;
+    if (status) before_ = *status;
+    return status ? 0 : -EINVAL;
+  }
+
   int activate() {
-    // As late as can be: a path that fails from here on is found out anew by its first request.
-    const auto before = port_.read(map_, Lines::kStatus);
-    const bool one = before.status == 0 && before.value.targets.size() == 1;
-    const auto status = one ? parseMultipathStatus(before.value.targets.front().line) : std::nullopt;
-    int result = status ? 0 : -EINVAL;
-    if (result == 0) {
-      before_ = *status;
-      result = port_.resume(map_);
-      if (result != 0) port_.resume(map_);  // it may have been left suspended, with the old table
-    }
-    if (result != 0) port_.clear(map_);
-    return result;
+    const int status = port_.resume(map_);
+    if (status == 0) return 0;
+    port_.resume(map_);  // it may have been left suspended, with the old table
+    port_.clear(map_);
+    return status;
   }
 
   // A new table starts with all paths and groups in use.
@@ -91,7 +99,8 @@ class Reload {
     if (!found) return -EIO;
     found->initialGroup = wanted.initialGroup;  // tells the group in use, which may move at any time
     if (*found == wanted) return 0;
-    return repeatCount(*found) == repeatCount(wanted) ? -EIO : -EOPNOTSUPP;
+    const bool clamped = which == Lines::kInactiveTable && repeatCount(*found) != repeatCount(wanted);
+    return clamped ? -EOPNOTSUPP : -EIO;
   }
 
   DeviceMapperPort& port_;

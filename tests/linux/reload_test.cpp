@@ -82,7 +82,6 @@ TEST_F(ReloadTest, ResumesAgainWhereTheSwapFails) {
 }
 
 TEST_F(ReloadTest, PutsTheOldTableBackWhereTheNewOneReadsOtherwise) {
-  map.failed = {{8, 32}};
   port.faults["swap"] = 1;
   EXPECT_EQ(to("Modified Round Robin"), -EIO);
   expectOldTable();
