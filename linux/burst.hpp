@@ -1,10 +1,12 @@
 // When what was read of the machine may be told again.
 //
-// A scan asks some ten questions about each unit, and most of the answers come out of the same few reads.
-// So what was read is kept for one burst of questions, and no longer:
-//  - a burst ends when nobody has asked for kPause. A caller who does anything about storage between two
+// A scan asks some ten questions about each unit, and most of the answers come out of the same few
+// reads. So what was read is kept for one burst of questions, and no longer:
+//  - a burst ends when nobody has asked for kPause. A caller who does anything about storage
+//  between two
 //    questions takes longer, and so finds it done;
-//  - in a longer burst the generation is looked at every kInterval, and everything is forgotten where it has
+//  - in a longer burst the generation is looked at every kInterval, and everything is forgotten
+//  where it has
 //    changed; likewise whenever a caller asks for the generation;
 //  - the host's own changes end it.
 // Counters and states of paths' disks are never kept.

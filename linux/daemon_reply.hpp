@@ -17,8 +17,8 @@ enum class DaemonReply {
 // text without the length in front of it; a final zero byte and blanks at the end are passed over.
 DaemonReply parseDaemonReply(std::string_view text);
 
-// The message that carries command: its length as the machine's size_t, then the text and a zero byte.
-// Nothing where the daemon would not take so long a command.
+// The message that carries command: its length as the machine's size_t, then the text and a zero
+// byte. Nothing where the daemon would not take so long a command.
 std::optional<std::string> frameDaemonCommand(std::string_view command);
 
 }  // namespace tavrenix::sys

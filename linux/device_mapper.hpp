@@ -14,7 +14,7 @@ namespace tavrenix::sys {
 struct ListedMap {
   DeviceNumber device;
   std::string name;
-  std::string uuid;        // empty where the map has none
+  std::string uuid;         // empty where the map has none
   std::uint32_t event = 0;  // counts what happened to the map; 0 where the kernel does not tell
 };
 
@@ -57,8 +57,8 @@ class DeviceMapperPort {
 
   // Loads a table beside the one in force, which stays in force.
   virtual int load(DeviceNumber map, const Target& table, bool readOnly) = 0;
-  // Puts a loaded table in force, requests under way kept, and ends a suspension. udev is told that the
-  // map's content did not change.
+  // Puts a loaded table in force, requests under way kept, and ends a suspension. udev is told that
+  // the map's content did not change.
   virtual int resume(DeviceNumber map) = 0;
   // Throws a loaded table away.
   virtual int clear(DeviceNumber map) = 0;

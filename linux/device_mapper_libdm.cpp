@@ -17,7 +17,9 @@ using Task = std::unique_ptr<dm_task, void (*)(dm_task*)>;
 
 [[gnu::format(printf, 5, 6)]] void staySilent(int, const char*, int, int, const char*, ...) {}
 
-Task makeTask(int type) { return {::dm_task_create(type), ::dm_task_destroy}; }
+Task makeTask(int type) {
+  return {::dm_task_create(type), ::dm_task_destroy};
+}
 
 Task makeTask(int type, DeviceNumber map) {
   Task task = makeTask(type);
@@ -41,8 +43,8 @@ DeviceNumber deviceNumber(std::uint64_t kernelNumber) {
           static_cast<std::uint32_t>((kernelNumber & 0xFF) | ((kernelNumber >> 12) & 0xFFF00))};
 }
 
-// Since control version 4.37 an event number stands behind each name, 8 bytes aligned; flags and, where
-// they say so, the uuid follow it. See struct dm_name_list in linux/dm-ioctl.h.
+// Since control version 4.37 an event number stands behind each name, 8 bytes aligned; flags and,
+// where they say so, the uuid follow it. See struct dm_name_list in linux/dm-ioctl.h.
 bool tellsEvents(dm_task& task) {
   char version[32] = {};
   unsigned major = 0;
@@ -91,7 +93,8 @@ std::vector<Target> takeTargets(dm_task& task) {
 int LibDeviceMapper::prepare() {
   if (::dm_log_is_non_default() == 0) ::dm_log_with_errno_init(staySilent);
   if (prepared_) return 0;
-  // The node alone says nothing: opening it would load the driver; and the library would make the node.
+  // The node alone says nothing: opening it would load the driver; and the library would make the
+  // node.
   const bool loaded = ::access("/sys/class/misc/device-mapper", F_OK) == 0;
   if (!loaded || ::access("/dev/mapper/control", F_OK) != 0) return -ENXIO;
   // Events of a map carry flags for udev's rules; nobody waits for the rules to end.

@@ -7,8 +7,8 @@
 
 namespace tavrenix::sys {
 
-// One lock for all: libdevmapper keeps state of its own. The library stays silent, unless the program has
-// given it a log function already.
+// One lock for all: libdevmapper keeps state of its own. The library stays silent, unless the
+// program has given it a log function already.
 class LibDeviceMapper final : public DeviceMapperPort {
  public:
   Answer<std::vector<ListedMap>> list() override;

@@ -1,6 +1,5 @@
 #include "linux/disks.hpp"
 
-
 namespace tavrenix::sys {
 
 std::optional<DiskDescription> LinuxDisks::describe(RegistryHandle media) {

@@ -6,8 +6,8 @@
 
 namespace tavrenix::sys {
 
-// The volume's name is the label of the file system on the medium. A medium without one is described by
-// nothing more, since nobody lists it. Without udevd there are no labels.
+// The volume's name is the label of the file system on the medium. A medium without one is
+// described by nothing more, since nobody lists it. Without udevd there are no labels.
 class LinuxDisks final : public MPIODiskDescriptions {
  public:
   LinuxDisks(Machine& machine, const LinuxRegistry& registry)

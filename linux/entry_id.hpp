@@ -1,15 +1,17 @@
-// Entry IDs: what an entry is, which number the kernel has given it, and which of the bearers of that
-// number it is.
+// Entry IDs: what an entry is, which number the kernel has given it, and which of the bearers of
+// that number it is.
 //
 //   bits 61 to 63  kind
-//   bits 32 to 60  sequence: the low bits of the inode number of the entry's folder in sysfs. The kernel
-//                  counts these up for as long as it runs, some hundred for a disk, so that one comes
-//                  again after millions of devices at the earliest, and then under another number.
+//   bits 32 to 60  sequence: the low bits of the inode number of the entry's folder in sysfs. The
+//   kernel
+//                  counts these up for as long as it runs, some hundred for a disk, so that one
+//                  comes again after millions of devices at the earliest, and then under another
+//                  number.
 //   bits  0 to 31  number: of a block device (12 bits major, 20 bits minor) or of a SCSI host
 //
-// So an ID leads straight to its folder, and the folder's inode number tells whether it is still that
-// device. Kernels before 5.5 may give an inode number again: there, and only there, a look-up cannot tell
-// a device from a later one of the same number that happens to have got the same inode.
+// So an ID leads straight to its folder, and the folder's inode number tells whether it is still
+// that device. Kernels before 5.5 may give an inode number again: there, and only there, a look-up
+// cannot tell a device from a later one of the same number that happens to have got the same inode.
 #pragma once
 
 #include <optional>
@@ -50,7 +52,9 @@ inline EntryName deviceEntry(Kind kind, DeviceNumber device) {
   return {kind, (device.major << 20) | device.minor};
 }
 
-inline EntryName hostEntry(std::uint32_t host) { return {Kind::kHost, host}; }
+inline EntryName hostEntry(std::uint32_t host) {
+  return {Kind::kHost, host};
+}
 
 // The folder of the entry in sysfs.
 std::string folderOf(EntryName name);

@@ -30,8 +30,8 @@ std::optional<std::string> readToEnd(int file) {
   return content;
 }
 
-// Closes files whose numbers run on with one call: all numbers in between are ours, so no other thread
-// can have them.
+// Closes files whose numbers run on with one call: all numbers in between are ours, so no other
+// thread can have them.
 void closeAll(const int* files, std::size_t count) {
   for (std::size_t begin = 0; begin < count;) {
     std::size_t end = begin + 1;

@@ -1,8 +1,8 @@
-// Reading the files of the machine, below a root folder: "/" for the machine itself, a recorded tree
-// for tests.
+// Reading the files of the machine, below a root folder: "/" for the machine itself, a recorded
+// tree for tests.
 //
-// Paths begin with a slash and are made from numbers and from checked kernel names alone. No operation
-// waits for storage: only sysfs and the udev database are read. Any thread.
+// Paths begin with a slash and are made from numbers and from checked kernel names alone. No
+// operation waits for storage: only sysfs and the udev database are read. Any thread.
 #pragma once
 
 #include <array>
@@ -38,8 +38,8 @@ class HostFiles {
   // The names in the folder that can be those of devices, in no order.
   std::vector<std::string> names(const std::string& folder) const;
   bool exists(const std::string& path) const;
-  // The number of the folder's or file's inode, links followed. The kernel gives every object of sysfs
-  // one that it does not give again (64-bit kernels since 5.5).
+  // The number of the folder's or file's inode, links followed. The kernel gives every object of
+  // sysfs one that it does not give again (64-bit kernels since 5.5).
   std::optional<std::uint64_t> inode(const std::string& path) const;
 
  private:

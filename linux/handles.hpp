@@ -14,7 +14,9 @@ class HandleTable {
  public:
   RegistryHandle openEntry(EntryID id) { return open(id); }
   // The iterator yields the entries one by one, as they were when it was made.
-  RegistryHandle openIterator(std::vector<EntryID> entries) { return open(Iterator{std::move(entries)}); }
+  RegistryHandle openIterator(std::vector<EntryID> entries) {
+    return open(Iterator{std::move(entries)});
+  }
 
   // Nothing where the handle is not that of an entry.
   std::optional<EntryID> entry(RegistryHandle handle) const;

@@ -10,8 +10,8 @@ namespace tavrenix::sys {
 
 class LinuxHost final : public MPIOHost {
  public:
-  // The ports are borrowed and outlive the host. A caller who is not the superuser gets generation 0, as on
-  // a machine without the driver, and nothing of the machine is touched.
+  // The ports are borrowed and outlive the host. A caller who is not the superuser gets generation
+  // 0, as on a machine without the driver, and nothing of the machine is touched.
   LinuxHost(HostFiles files, DeviceMapperPort& port, PathDaemon& daemon,
             std::uint32_t effectiveUser, Burst::Clock::duration pause = Burst::kPause);
 

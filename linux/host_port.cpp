@@ -50,8 +50,7 @@ std::string interconnectOf(const HostFiles& files, std::uint32_t host, Transport
     case Transport::kUnknown:
       break;
   }
-  const auto driver =
-      files.read("/sys/class/scsi_host/host" + std::to_string(host) + "/proc_name");
+  const auto driver = files.read("/sys/class/scsi_host/host" + std::to_string(host) + "/proc_name");
   const std::string name = printable(trim(driver.value_or("")));
   return name == "ib_srp" ? "SRP" : name;
 }

@@ -10,8 +10,8 @@
 
 namespace tavrenix::sys {
 
-// Text for people: "Fibre Channel Interface", "SAS", "iSCSI", "SRP", or the name of the host's driver
-// where it belongs to no transport that is known here.
+// Text for people: "Fibre Channel Interface", "SAS", "iSCSI", "SRP", or the name of the host's
+// driver where it belongs to no transport that is known here.
 std::string interconnectOf(const HostFiles& files, std::uint32_t host, Transport transport);
 
 // The port's world wide name, SAS address or iSCSI name. Empty where the host has none.

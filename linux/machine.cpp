@@ -13,7 +13,9 @@ void mixIn(std::uint64_t& hash, std::uint64_t value) {
   hash = ob::NumberKeyTraits::hash(hash * 31 + value);
 }
 
-std::string folderOf(DeviceNumber device) { return "/sys/dev/block/" + device.text(); }
+std::string folderOf(DeviceNumber device) {
+  return "/sys/dev/block/" + device.text();
+}
 
 std::vector<DeviceNumber> pathsIn(const MultipathTable& table) {
   std::vector<DeviceNumber> paths;
@@ -70,7 +72,8 @@ std::uint32_t Machine::readGeneration() {
   std::uint32_t number = 0;
   const auto maps = port_.list();
   if (maps.status == 0) {
-    // Events of every device are counted in one number; what happens inside a map, in the map's own.
+    // Events of every device are counted in one number; what happens inside a map, in the map's
+    // own.
     const auto events = files_.read("/sys/kernel/uevent_seqnum");
     std::uint64_t hash = events ? parseNumber(trim(*events)).value_or(0) : 0;
     for (const auto& map : maps.value) {
@@ -100,7 +103,8 @@ Answer<std::vector<EntryID>> Machine::units() {
         found.value.push_back(*id);
       }
     } else if (isMultipathUuid(map.uuid)) {
-      if (const auto id = identify(deviceEntry(Kind::kUnit, map.device))) found.value.push_back(*id);
+      if (const auto id = identify(deviceEntry(Kind::kUnit, map.device)))
+        found.value.push_back(*id);
     }
   }
   return found;

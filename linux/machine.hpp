@@ -1,9 +1,8 @@
 // The machine as the registry sees it: multipath maps, their paths, SCSI hosts, media.
 //
-// What never changes while a device lives (where it stands, what it calls itself) is read once and kept.
-// Everything else, entry IDs included, is looked at when asked for, once in a burst of questions (see
-// burst.hpp).
-// Threads: one lock guards what is kept; any operation on any thread.
+// What never changes while a device lives (where it stands, what it calls itself) is read once and
+// kept. Everything else, entry IDs included, is looked at when asked for, once in a burst of
+// questions (see burst.hpp). Threads: one lock guards what is kept; any operation on any thread.
 #pragma once
 
 #include <memory>
@@ -35,8 +34,8 @@ class Machine {
           Burst::Clock::duration pause = Burst::kPause)
       : files_(files), port_(port), burst_(pause) {}
 
-  // Changes whenever units, paths or tables have changed. 0 where the driver is not there or the caller
-  // may not read it.
+  // Changes whenever units, paths or tables have changed. 0 where the driver is not there or the
+  // caller may not read it.
   std::uint32_t generation();
 
   // All multipath maps; a negative error number where the driver cannot be asked.
@@ -53,8 +52,8 @@ class Machine {
 
   // Where a path's disk stands. Nothing where it is gone.
   std::optional<Place> place(EntryID path);
-  // Asked of the unit that the path was last found in, since it is the unit's: one question serves all
-  // of its paths.
+  // Asked of the unit that the path was last found in, since it is the unit's: one question serves
+  // all of its paths.
   Identity identityOfPath(EntryID path);
   std::optional<EntryID> hostOf(EntryID path);
   // As interconnectOf and portIdentifierOf of host_port.hpp.

@@ -1,7 +1,8 @@
-// The status line of a multipath map: what the driver makes of its paths now. Grammar in the kernel's
-// drivers/md/dm-mpath.c:
+// The status line of a multipath map: what the driver makes of its paths now. Grammar in the
+// kernel's drivers/md/dm-mpath.c:
 //   <#2> <queued ios> <handler waits>  <#handler words> word...  <#groups> <current group>
-//   { <A|D|E> <#selector words> word... <#paths> <#words per path> { <major:minor> <A|F> <fails> word... }... }...
+//   { <A|D|E> <#selector words> word... <#paths> <#words per path> { <major:minor> <A|F> <fails>
+//   word... }... }...
 #pragma once
 
 #include <vector>

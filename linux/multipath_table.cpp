@@ -24,7 +24,9 @@ void append(std::string& line, std::string_view word) {
   line += word;
 }
 
-void append(std::string& line, std::size_t count) { append(line, std::to_string(count)); }
+void append(std::string& line, std::size_t count) {
+  append(line, std::to_string(count));
+}
 
 void appendCounted(std::string& line, const std::vector<std::string>& words) {
   append(line, words.size());

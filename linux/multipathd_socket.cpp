@@ -40,8 +40,7 @@ class Socket {
     const bool abstract = name.starts_with('@');
     if (abstract) address.sun_path[0] = '\0';
     // An abstract name has no zero byte behind it: that would be one more byte of the name.
-    const std::size_t length =
-        offsetof(sockaddr_un, sun_path) + name.size() + (abstract ? 0 : 1);
+    const std::size_t length = offsetof(sockaddr_un, sun_path) + name.size() + (abstract ? 0 : 1);
     return ::connect(file_, reinterpret_cast<const sockaddr*>(&address),
                      static_cast<socklen_t>(length)) == 0;
   }
@@ -59,7 +58,9 @@ class Socket {
   int file_;
 };
 
-int lastError() { return errno == EAGAIN || errno == EWOULDBLOCK ? -ETIMEDOUT : -errno; }
+int lastError() {
+  return errno == EAGAIN || errno == EWOULDBLOCK ? -ETIMEDOUT : -errno;
+}
 
 Answer<DaemonReply> talk(Socket& socket, const std::string& frame) {
   if (!socket.send(frame)) return {lastError(), {}};

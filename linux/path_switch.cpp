@@ -12,7 +12,8 @@ int askDriver(DeviceMapperPort& port, DeviceNumber map, const PathChange& change
 
 int switchPath(DeviceMapperPort& port, PathDaemon& daemon, DeviceNumber map,
                const PathChange& change) {
-  const auto [status, reply] = daemon.ask((change.use ? "reinstate path " : "fail path ") + change.name);
+  const auto [status, reply] =
+      daemon.ask((change.use ? "reinstate path " : "fail path ") + change.name);
   if (status == -ENOENT) return askDriver(port, map, change);
   if (status != 0) return status;
   switch (reply) {

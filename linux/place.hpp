@@ -32,9 +32,10 @@ struct Place {
 // Nothing where it does not end in the name of a device.
 std::optional<Place> parsePlace(std::string_view link);
 
-// The bytes that name a path in reports, at most 15, unique within its unit. Read as hexadecimal digits
-// they are host, channel, target and logical unit number in decimal with an F between them: 3:0:1:5
-// gives 003F00F0001F0005. A disk without a SCSI address gives E, major, F, minor: E0008F0032.
+// The bytes that name a path in reports, at most 15, unique within its unit. Read as hexadecimal
+// digits they are host, channel, target and logical unit number in decimal with an F between them:
+// 3:0:1:5 gives 003F00F0001F0005. A disk without a SCSI address gives E, major, F, minor:
+// E0008F0032.
 std::vector<std::uint8_t> pathIdentifier(const std::optional<ScsiAddress>& address,
                                          std::uint32_t major, std::uint32_t minor);
 

@@ -9,7 +9,8 @@ namespace tavrenix::sys {
 // None where the entry is gone.
 ob::Ref<const ob::Dictionary> propertiesOf(Machine& machine, EntryID id);
 
-// One of them, without reading the others where that saves something. None where the entry lacks it.
+// One of them, without reading the others where that saves something. None where the entry lacks
+// it.
 ob::Ref<const ob::Object> propertyOf(Machine& machine, EntryID id, const ob::String& name);
 
 // The identifier of a path, as bytes and as the text that requests name it by.

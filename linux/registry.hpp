@@ -1,7 +1,8 @@
-// The device registry of a Linux machine: entries are made up from the machine when they are asked for.
+// The device registry of a Linux machine: entries are made up from the machine when they are asked
+// for.
 //
-// A handle is that of an entry ID, not of an open device: it stays valid, and answers as for an entry that
-// is gone, when its device goes.
+// A handle is that of an entry ID, not of an open device: it stays valid, and answers as for an
+// entry that is gone, when its device goes.
 #pragma once
 
 #include "linux/handles.hpp"
@@ -13,7 +14,8 @@ namespace tavrenix::sys {
 class LinuxRegistry final : public MPIODeviceRegistry {
  public:
   // Both are borrowed and outlive the registry.
-  LinuxRegistry(Machine& machine, PathDaemon& daemon) : machine_(machine), requests_(machine, daemon) {}
+  LinuxRegistry(Machine& machine, PathDaemon& daemon)
+      : machine_(machine), requests_(machine, daemon) {}
 
   RegistryHandle findServiceByEntryID(EntryID entryID) override;
   RegistryResult<RegistryHandle> findServicesByEntryID(EntryID entryID) override;
@@ -22,8 +24,8 @@ class LinuxRegistry final : public MPIODeviceRegistry {
   ob::Ref<const ob::Object> copyProperty(RegistryHandle entry, const ob::String& name) override;
   ob::Ref<const ob::Object> searchProperty(RegistryHandle entry, std::string_view plane,
                                            const ob::String& name, std::uint32_t options) override;
-  // Only "Properties" of a logical unit is acted on. Returns when the driver has taken the request, or has
-  // been left as it was; a status is the negative error number of the cause.
+  // Only "Properties" of a logical unit is acted on. Returns when the driver has taken the request,
+  // or has been left as it was; a status is the negative error number of the cause.
   KernelStatus setProperty(RegistryHandle entry, const ob::String& name,
                            const ob::Object& value) override;
   RegistryResult<RegistryHandle> createIterator(RegistryHandle entry, std::string_view plane,

@@ -97,9 +97,11 @@ class Reload {
     if (lines.value.targets.size() != 1) return -EIO;
     auto found = parseMultipathTable(lines.value.targets.front().line);
     if (!found) return -EIO;
-    found->initialGroup = wanted.initialGroup;  // tells the group in use, which may move at any time
+    found->initialGroup =
+        wanted.initialGroup;  // tells the group in use, which may move at any time
     if (*found == wanted) return 0;
-    const bool clamped = which == Lines::kInactiveTable && repeatCount(*found) != repeatCount(wanted);
+    const bool clamped =
+        which == Lines::kInactiveTable && repeatCount(*found) != repeatCount(wanted);
     return clamped ? -EOPNOTSUPP : -EIO;
   }
 

@@ -12,7 +12,8 @@ namespace tavrenix::sys {
 
 namespace {
 
-// The change that one member of a path-state request asks for, or the error number of why it is none.
+// The change that one member of a path-state request asks for, or the error number of why it is
+// none.
 Answer<PathChange> readChange(Machine& machine, const Unit& unit, std::string_view identifier,
                               const ob::Object& value) {
   const auto* number = ob::as<ob::Number>(&value);
@@ -49,8 +50,10 @@ int Requests::setAlgorithm(const Unit& unit, const ob::Dictionary& request) {
   const auto* number = request.valueAs<ob::Number>(registry::kBatchCount);
   const auto count = number == nullptr ? std::optional<std::uint64_t>(0) : number->asUInt64();
   if (selector == nullptr || !count || *count > UINT32_MAX || !unit.table) return -EINVAL;
-  // 0 stands for a count that was never known: what is set stays, and one request in a row is the least.
-  const std::uint64_t repeat = *count != 0 ? *count : std::max<std::uint64_t>(repeatCount(*unit.table), 1);
+  // 0 stands for a count that was never known: what is set stays, and one request in a row is the
+  // least.
+  const std::uint64_t repeat =
+      *count != 0 ? *count : std::max<std::uint64_t>(repeatCount(*unit.table), 1);
   return reload(machine_.port(), unit.device, *selector, repeat);
 }
 

@@ -15,9 +15,9 @@ class Requests {
   // Both are borrowed and outlive it.
   Requests(Machine& machine, PathDaemon& daemon) : machine_(machine), daemon_(daemon) {}
 
-  // 0 or a negative error number: -EINVAL for a request that is none, -ENOENT for a path that the unit does
-  // not have, -ENXIO for a unit that is gone; others as reload() and switchPaths() say. One request is
-  // carried out at a time, whichever threads they come from.
+  // 0 or a negative error number: -EINVAL for a request that is none, -ENOENT for a path that the
+  // unit does not have, -ENXIO for a unit that is gone; others as reload() and switchPaths() say.
+  // One request is carried out at a time, whichever threads they come from.
   KernelStatus carryOut(EntryID unit, const ob::Dictionary& request);
 
  private:

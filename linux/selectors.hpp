@@ -9,9 +9,9 @@
 namespace tavrenix::sys {
 
 struct Selector {
-  std::string_view name;          // the driver's
-  const ob::String* algorithm;    // the registry's
-  bool takesThroughput;           // a path's second argument is its relative throughput
+  std::string_view name;        // the driver's
+  const ob::String* algorithm;  // the registry's
+  bool takesThroughput;         // a path's second argument is its relative throughput
 };
 
 inline constexpr std::string_view kRoundRobinSelector = "round-robin";

@@ -138,7 +138,8 @@ Answer<Entries> entriesOfClass(Machine& machine, std::string_view className) {
   };
   for (const EntryID unit : units.value) {
     take(unit);
-    for (const auto id : relativesOf(machine, unit, kIterateRecursively | kIterateParents)) take(id);
+    for (const auto id : relativesOf(machine, unit, kIterateRecursively | kIterateParents))
+      take(id);
     for (const auto id : relativesOf(machine, unit, kIterateRecursively)) take(id);
   }
   return found;

@@ -3,8 +3,8 @@
 //   host -> path -> unit -> medium of the whole map -> media that lie on it, and so on
 //
 // A path is a disk that a map uses; media are the map itself and its holders: partitions, logical
-// volumes and whatever else the kernel builds from it. A SCSI target between host and path says nothing
-// that anyone asks for, and has no entry.
+// volumes and whatever else the kernel builds from it. A SCSI target between host and path says
+// nothing that anyone asks for, and has no entry.
 #pragma once
 
 #include "linux/machine.hpp"
@@ -16,12 +16,12 @@ using Entries = std::vector<EntryID>;
 Entries parentsOf(Machine& machine, EntryID id);
 Entries childrenOf(Machine& machine, EntryID id);
 
-// The relatives that the iteration options choose: parents level by level, children depth first; each
-// once, the entry itself not.
+// The relatives that the iteration options choose: parents level by level, children depth first;
+// each once, the entry itself not.
 Entries relativesOf(Machine& machine, EntryID id, std::uint32_t options);
 
-// All entries of that class or one derived from it. A negative error number where the driver cannot be
-// asked.
+// All entries of that class or one derived from it. A negative error number where the driver cannot
+// be asked.
 Answer<Entries> entriesOfClass(Machine& machine, std::string_view className);
 
 bool conformsTo(Kind kind, std::string_view className);

@@ -38,11 +38,9 @@ int LinuxTunable::sysctlbyname(const char* name, void* oldValue, std::size_t* ol
     case kLogicalUnitStatistics:
       return give(unitRecord(request.logicalUnitEntryID), oldValue, oldLength);
     case kPathStatistics:
-      return give(pathRecord(request.logicalUnitEntryID, request.pathEntryID), oldValue,
-                  oldLength);
+      return give(pathRecord(request.logicalUnitEntryID, request.pathEntryID), oldValue, oldLength);
     case kConfigurationGeneration:
-      return give(std::optional(permitted_ ? machine_.generation() : 0U), oldValue,
-                  oldLength);
+      return give(std::optional(permitted_ ? machine_.generation() : 0U), oldValue, oldLength);
     default:
       return fail(EINVAL);
   }

@@ -6,8 +6,9 @@
 
 namespace tavrenix::sys {
 
-// Failures are -1 with errno set, as the system call's: EINVAL for a request that is not one, ENOMEM for
-// too little room, ENXIO where the entry is gone. Counters and states are read at each call.
+// Failures are -1 with errno set, as the system call's: EINVAL for a request that is not one,
+// ENOMEM for too little room, ENXIO where the entry is gone. Counters and states are read at each
+// call.
 class LinuxTunable final : public MPIOKernelTunable {
  public:
   // Without permission to read the driver the generation is 0, and nothing is asked of the machine.

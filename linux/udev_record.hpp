@@ -7,8 +7,8 @@
 
 namespace tavrenix::sys {
 
-// The label of the file system on the device, printable, or nothing. The escaped form is preferred: it
-// tells blanks from underscores, and some rules hand on that form alone.
+// The label of the file system on the device, printable, or nothing. The escaped form is preferred:
+// it tells blanks from underscores, and some rules hand on that form alone.
 std::optional<std::string> fileSystemLabel(std::string_view record);
 
 }  // namespace tavrenix::sys

@@ -6,8 +6,8 @@ namespace tavrenix::sys {
 
 namespace {
 
-// The head of udev's form: see struct monitor_netlink_header in systemd's device-monitor.c. The numbers
-// behind the magic are in the machine's order, the magic in the network's.
+// The head of udev's form: see struct monitor_netlink_header in systemd's device-monitor.c. The
+// numbers behind the magic are in the machine's order, the magic in the network's.
 struct UdevHeader {
   char prefix[8];  // "libudev" and a zero byte
   unsigned char magic[4];

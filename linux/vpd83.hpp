@@ -1,4 +1,5 @@
-// The device identification page of SCSI, 0x83, described in SPC: which designators a logical unit has.
+// The device identification page of SCSI, 0x83, described in SPC: which designators a logical unit
+// has.
 #pragma once
 
 #include <cstdint>
@@ -16,12 +17,13 @@ struct Designator {
   std::vector<std::uint8_t> bytes;
 };
 
-// The designator of the logical unit that names it best: NAA of format 6, 5, then 2 and others, EUI-64,
-// SCSI name, T10 vendor. Nothing where the page is not whole up to there or has none of them.
+// The designator of the logical unit that names it best: NAA of format 6, 5, then 2 and others,
+// EUI-64, SCSI name, T10 vendor. Nothing where the page is not whole up to there or has none of
+// them.
 std::optional<Designator> preferredDesignator(std::span<const std::uint8_t> page);
 
-// The text by which maps of that unit are known: the type's digit, then the bytes as hexadecimal digits
-// or as text with each run of blanks as one '_'.
+// The text by which maps of that unit are known: the type's digit, then the bytes as hexadecimal
+// digits or as text with each run of blanks as one '_'.
 std::string wwidOf(const Designator& designator);
 
 }  // namespace tavrenix::sys

@@ -8,8 +8,8 @@
 
 namespace tavrenix::sys {
 
-// After the first word that is missing or not what was asked for, failed() stays true and every read
-// yields an empty value: a parser reads on and asks once.
+// After the first word that is missing or not what was asked for, failed() stays true and every
+// read yields an empty value: a parser reads on and asks once.
 class WordReader {
  public:
   // No line of the driver is longer than this many words: 4096 paths with room to spare.

@@ -17,8 +17,8 @@ inline bool isMultipathUuid(std::string_view uuid) {
 
 // The bytes of the designator that the uuid names: those of an NAA or EUI-64 designator, whose
 // hexadecimal digits follow a "3" or a "2"; the text of a SCSI name string ("8") or of a T10 vendor
-// designator ("1"); and whatever text follows the prefix for any other uuid. Never more than 64 bytes.
-// Nothing where the uuid is not that of a multipath map.
+// designator ("1"); and whatever text follows the prefix for any other uuid. Never more than 64
+// bytes. Nothing where the uuid is not that of a multipath map.
 std::optional<std::vector<std::uint8_t>> designatorOf(std::string_view uuid);
 
 }  // namespace tavrenix::sys

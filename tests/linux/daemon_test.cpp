@@ -59,7 +59,9 @@ std::string framed(std::string_view text, std::size_t length) {
   std::string frame(reinterpret_cast<const char*>(&length), sizeof length);
   return frame.append(text);
 }
-std::string framed(std::string_view text) { return framed(text, text.size()); }
+std::string framed(std::string_view text) {
+  return framed(text, text.size());
+}
 
 TEST(MultipathdSocket, CarriesACommandAndItsReply) {
   Daemon daemon(framed("ok\n\0"sv));

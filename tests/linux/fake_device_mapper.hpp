@@ -1,5 +1,5 @@
-// A device-mapper in memory: maps with the lines that they were given, changed by loads, resumes and
-// messages as the driver changes them, and as faults are put in.
+// A device-mapper in memory: maps with the lines that they were given, changed by loads, resumes
+// and messages as the driver changes them, and as faults are put in.
 #pragma once
 
 #include <map>
@@ -43,8 +43,8 @@ class FakeDeviceMapper final : public sys::DeviceMapperPort {
   int listStatus = 0;
   bool tellsUuids = true;
   bool clampsRepeats = true;  // as the driver does since 4.11
-  // The next operation of that name fails: "load", "resume" (left suspended), "message", "swap" (the resume
-  // succeeds, with the table it was given changed).
+  // The next operation of that name fails: "load", "resume" (left suspended), "message", "swap"
+  // (the resume succeeds, with the table it was given changed).
   std::map<std::string, int> faults;
 
  private:

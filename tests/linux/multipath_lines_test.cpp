@@ -71,14 +71,14 @@ TEST(MultipathTable, IsUnderstood) {
   EXPECT_EQ(repeatCount(*parseMultipathTable("0 0 1 1 round-robin 0 1 1 8:0 16")), 16u);
   EXPECT_EQ(repeatCount(*parseMultipathTable(kTables[6])), 0u);
   EXPECT_EQ(commonSelector(*parseMultipathTable(kTables[6])), "");
-  EXPECT_EQ(commonSelector(*parseMultipathTable(
-                "0 0 2 1 round-robin 0 1 1 8:0 1 queue-length 0 1 1 8:16 1")),
+  EXPECT_EQ(commonSelector(
+                *parseMultipathTable("0 0 2 1 round-robin 0 1 1 8:0 1 queue-length 0 1 1 8:16 1")),
             "");
 }
 
 TEST(MultipathTable, IsRefusedWhereAWordIsMissingOrWrong) {
-  // A line that loses or bends one word may still be a line, of another map; it must never be read past its
-  // end, and what is read must be all of it.
+  // A line that loses or bends one word may still be a line, of another map; it must never be read
+  // past its end, and what is read must be all of it.
   for (const std::string line : kTables) {
     EXPECT_FALSE(parseMultipathTable(line + " 1"));
     for (const auto& bent : damaged(line)) {
@@ -135,8 +135,7 @@ TEST(WithSelector, ChangesTheSelectorAlone) {
   EXPECT_EQ(changed(kTables[1], "Modified Round Robin", 4),
             "1 queue_if_no_path 1 alua 2 2 round-robin 0 1 1 8:48 4 round-robin 0 1 1 8:112 4");
   EXPECT_EQ(changed(kTables[1], "Least Bytes", 1), kTables[1]);  // throughputs stay
-  EXPECT_EQ(changed(kTables[3], "Least Bytes", 1),
-            "0 0 1 1 service-time 0 2 2 8:0 1 1 8:16 1 1");
+  EXPECT_EQ(changed(kTables[3], "Least Bytes", 1), "0 0 1 1 service-time 0 2 2 8:0 1 1 8:16 1 1");
   EXPECT_EQ(changed(kTables[6], "Least Queue Depth", 1), kTables[6]);
 }
 

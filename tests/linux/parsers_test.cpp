@@ -25,10 +25,10 @@ TEST(Text, BecomesWhatNoTerminalActsOn) {
   const std::pair<std::string_view, std::string_view> rows[] = {
       {"disk 1", "disk 1"},
       {"\x1b[2J\r\n\0x"sv, "?[2J???x"},
-      {"\x7f\xc2\x9b", "??"},         // delete, and the eight-bit form of escape [
-      {"b\xc3\xbc", "b\xc3\xbc"},     // text in UTF-8 stays
-      {"\xff\xc3", "??"},             // not UTF-8, and cut off
-      {"\xed\xa0\x80", "???"},        // half of a pair
+      {"\x7f\xc2\x9b", "??"},      // delete, and the eight-bit form of escape [
+      {"b\xc3\xbc", "b\xc3\xbc"},  // text in UTF-8 stays
+      {"\xff\xc3", "??"},          // not UTF-8, and cut off
+      {"\xed\xa0\x80", "???"},     // half of a pair
       {"\xf0\x9f\x98\x80", "\xf0\x9f\x98\x80"},
   };
   for (const auto& [bytes, shown] : rows) EXPECT_EQ(printable(bytes), shown);
@@ -121,8 +121,8 @@ TEST(BlockStat, CountsBytesAndCommandsOfEveryKernel) {
     EXPECT_EQ(record->commandsProcessed, commands);
   }
   EXPECT_EQ(parseBlockStat("0 0 8388609 0 0 0 8388608 0 0 0 0")->bytesReceived, 4294967808u);
-  for (const auto text : {"", "1 2 3", "1 2 3 4 5 6 7 8 9 10", "1 2 3 4 5 6 7 8 9 10 x",
-                          "1 2 3 4 5 6 7 8 9 10 -1"}) {
+  for (const auto text :
+       {"", "1 2 3", "1 2 3 4 5 6 7 8 9 10", "1 2 3 4 5 6 7 8 9 10 x", "1 2 3 4 5 6 7 8 9 10 -1"}) {
     EXPECT_FALSE(parseBlockStat(text)) << text;
   }
   EXPECT_FALSE(parseBlockStat(std::string(100000, '1')));

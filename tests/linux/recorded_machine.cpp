@@ -17,7 +17,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string recording(const std::string& name) { return std::string(RECORDED_MACHINES) + '/' + name; }
+std::string recording(const std::string& name) {
+  return std::string(RECORDED_MACHINES) + '/' + name;
+}
 
 std::vector<std::string> linesOf(const std::string& file) {
   std::ifstream in(file);
@@ -91,9 +93,9 @@ ob::Ref<const ob::Dictionary> RecordedMachine::properties(EntryID entry) {
 
 std::vector<EntryID> RecordedMachine::relatives(EntryID entry, std::uint32_t options) {
   std::vector<EntryID> found;
-  forEachRelative(
-      registry(), entry, options,
-      [&](RegistryHandle handle) { found.push_back(registry().getEntryID(handle).value); });
+  forEachRelative(registry(), entry, options, [&](RegistryHandle handle) {
+    found.push_back(registry().getEntryID(handle).value);
+  });
   return found;
 }
 

@@ -9,8 +9,8 @@
 
 namespace tavrenix::test {
 
-// The recorded machine of that name: "states" or "volumes". Its maps are those that dmsetup told of, its
-// files are the recording itself. Nothing is kept from one question to the next.
+// The recorded machine of that name: "states" or "volumes". Its maps are those that dmsetup told
+// of, its files are the recording itself. Nothing is kept from one question to the next.
 class RecordedMachine {
  public:
   explicit RecordedMachine(const std::string& name, std::uint32_t user = 0);

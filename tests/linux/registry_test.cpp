@@ -34,12 +34,13 @@ std::vector<EntryID> ofClass(RecordedMachine& machine, std::string_view classNam
 
 TEST(LinuxRegistry, UnitsAreTheMultipathMaps) {
   RecordedMachine machine("volumes");
-  EXPECT_THAT(ofClass(machine, registry::kLogicalUnitClass),
-              testing::ElementsAre(machine.id(Kind::kUnit, {254, 0}), machine.id(Kind::kUnit, {254, 1}),
-                                   machine.id(Kind::kUnit, {254, 2}), machine.id(Kind::kUnit, {254, 3})));
+  EXPECT_THAT(
+      ofClass(machine, registry::kLogicalUnitClass),
+      testing::ElementsAre(machine.id(Kind::kUnit, {254, 0}), machine.id(Kind::kUnit, {254, 1}),
+                           machine.id(Kind::kUnit, {254, 2}), machine.id(Kind::kUnit, {254, 3})));
   EXPECT_EQ(ofClass(machine, registry::kPathClass).size(), 8u);
   EXPECT_EQ(ofClass(machine, registry::kMediaClass).size(), 6u);  // maps, a partition, a volume
-  machine.port.tellsUuids = false;  // as older kernels
+  machine.port.tellsUuids = false;                                // as older kernels
   EXPECT_EQ(ofClass(machine, registry::kLogicalUnitClass).size(), 4u);
 }
 
@@ -86,10 +87,10 @@ TEST(LinuxRegistry, TheHostsPortIsFoundAboveThePath) {
   const CopiedMachine copy("states");
   copy.write("/sys/class/fc_host/host0/port_name", "0x5001438022e50a4c\n");
   RecordedMachine machine(copy.root.string());
-  const ScopedHandle path(machine.registry(), machine.registry().findServiceByEntryID(
-                                                  machine.id(Kind::kPath, {8, 0})));
-  const auto found = machine.registry().searchProperty(
-      path.get(), registry::kServicePlane, registry::kControllerCharacteristics, 3);
+  const ScopedHandle path(machine.registry(),
+                          machine.registry().findServiceByEntryID(machine.id(Kind::kPath, {8, 0})));
+  const auto found = machine.registry().searchProperty(path.get(), registry::kServicePlane,
+                                                       registry::kControllerCharacteristics, 3);
   ASSERT_NE(ob::as<ob::Dictionary>(found.get()), nullptr);
   EXPECT_EQ(hexUnder(*ob::as<ob::Dictionary>(found.get()), registry::kSCSIPortIdentifier),
             "5001438022E50A4C");
@@ -108,8 +109,8 @@ TEST(LinuxRegistry, MediaLieOnMediaDownToTheLeaves) {
   EXPECT_TRUE(leaf(partition));
   EXPECT_TRUE(leaf(machine.id(Kind::kMedium, {254, 0})));
   EXPECT_THAT(machine.relatives(partition, kIterateParents | kIterateRecursively),
-              testing::IsSupersetOf({whole, machine.id(Kind::kUnit, {254, 1}),
-                                     machine.id(Kind::kPath, {8, 16})}));
+              testing::IsSupersetOf(
+                  {whole, machine.id(Kind::kUnit, {254, 1}), machine.id(Kind::kPath, {8, 16})}));
 }
 
 // Label, name and size of a medium.
@@ -126,7 +127,8 @@ std::string described(RecordedMachine& machine, sys::DeviceNumber device) {
 TEST(LinuxDisks, TellLabelsOfWholeUnitsPartitionsAndVolumes) {
   RecordedMachine machine("volumes");
   std::vector<std::string> told;
-  for (const std::uint32_t minor : {0U, 4U, 5U, 3U}) told.push_back(described(machine, {254, minor}));
+  for (const std::uint32_t minor : {0U, 4U, 5U, 3U})
+    told.push_back(described(machine, {254, minor}));
   EXPECT_THAT(told[0], testing::EndsWith(" mpatha 67108864"));
   EXPECT_THAT(told[1], testing::EndsWith(" mpathb-part1 33554432"));
   EXPECT_THAT(told[2], testing::EndsWith(" group-volume 41943040"));
@@ -176,7 +178,8 @@ TEST(LinuxRegistry, WhatDevicesSayOfThemselvesIsMadeHarmless) {
 TEST(LinuxRegistry, TellsWhenTheDriverCannotBeAsked) {
   RecordedMachine machine("states");
   machine.port.listStatus = -EACCES;
-  const auto [status, iterator] = machine.registry().findServicesByClass(registry::kLogicalUnitClass);
+  const auto [status, iterator] =
+      machine.registry().findServicesByClass(registry::kLogicalUnitClass);
   EXPECT_EQ(status, -EACCES);
   EXPECT_EQ(iterator, 0u);
 }

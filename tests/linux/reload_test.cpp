@@ -1,5 +1,5 @@
-// Reloads of a map's table: what is kept, what is put back, and that the old table is in force after every
-// failure.
+// Reloads of a map's table: what is kept, what is put back, and that the old table is in force
+// after every failure.
 #include "linux/reload.hpp"
 
 #include <gmock/gmock.h>
@@ -13,7 +13,8 @@ namespace {
 
 constexpr sys::DeviceNumber kMap{254, 0};
 const std::string kOld =
-    "1 queue_if_no_path 1 alua 2 2 service-time 0 2 2 8:0 1 1 8:16 1 3 service-time 0 1 2 8:32 1 1 ";
+    "1 queue_if_no_path 1 alua 2 2 service-time 0 2 2 8:0 1 1 8:16 1 3 service-time 0 1 2 8:32 1 "
+    "1 ";
 
 class ReloadTest : public testing::Test {
  protected:
@@ -34,12 +35,13 @@ TEST_F(ReloadTest, KeepsAllButTheSelectorAndFailsFailedPathsAgain) {
   map.failed = {{8, 16}};
   map.disabledGroups = {2};
   EXPECT_EQ(to("Modified Round Robin"), 0);
-  EXPECT_EQ(map.table.line,
-            "1 queue_if_no_path 1 alua 2 2 round-robin 0 2 1 8:0 1 8:16 1 round-robin 0 1 1 8:32 1 ");
+  EXPECT_EQ(
+      map.table.line,
+      "1 queue_if_no_path 1 alua 2 2 round-robin 0 2 1 8:0 1 8:16 1 round-robin 0 1 1 8:32 1 ");
   EXPECT_THAT(map.failed, testing::ElementsAre(sys::DeviceNumber{8, 16}));
   EXPECT_THAT(map.disabledGroups, testing::ElementsAre(2u));
-  EXPECT_THAT(port.calls, testing::ElementsAre(testing::StartsWith("load "), "resume", "fail_path 8:16",
-                                               "disable_group 2"));
+  EXPECT_THAT(port.calls, testing::ElementsAre(testing::StartsWith("load "), "resume",
+                                               "fail_path 8:16", "disable_group 2"));
 }
 
 TEST_F(ReloadTest, ReadsAsSetWhatIsSetAlready) {

@@ -40,8 +40,8 @@ class RequestsTest : public testing::Test {
   // A daemon that does as it is told, to the paths of that map.
   void runDaemon() {
     machine.daemon.answer = [this](const std::string& command) {
-      const sys::DeviceNumber device = command.ends_with("sda") ? sys::DeviceNumber{8, 0}
-                                                                : sys::DeviceNumber{8, 64};
+      const sys::DeviceNumber device =
+          command.ends_with("sda") ? sys::DeviceNumber{8, 0} : sys::DeviceNumber{8, 64};
       if (command.starts_with("fail")) map.failed.insert(device);
       if (command.starts_with("reinstate")) map.failed.erase(device);
       return sys::Answer<DaemonReply>{0, DaemonReply::kDone};

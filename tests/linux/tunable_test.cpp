@@ -30,8 +30,8 @@ std::uint32_t generation(RecordedMachine& machine) {
 }
 
 int stateOf(RecordedMachine& machine, sys::DeviceNumber unit, sys::DeviceNumber path) {
-  const auto answer = read<SCSIPathStatistics>(machine, kPathStatistics, machine.id(Kind::kUnit, unit),
-                                               machine.id(Kind::kPath, path));
+  const auto answer = read<SCSIPathStatistics>(
+      machine, kPathStatistics, machine.id(Kind::kUnit, unit), machine.id(Kind::kPath, path));
   EXPECT_EQ(answer.status, 0);
   return answer.record.state;
 }
@@ -39,10 +39,10 @@ int stateOf(RecordedMachine& machine, sys::DeviceNumber unit, sys::DeviceNumber 
 TEST(LinuxTunable, StatesAreThoseOfTheRecordedMachine) {
   RecordedMachine machine("states");
   EXPECT_EQ(stateOf(machine, {254, 0}, {8, 0}), 0x00);
-  EXPECT_EQ(stateOf(machine, {254, 0}, {8, 64}), 0x01);   // of the second host
-  EXPECT_EQ(stateOf(machine, {254, 1}, {8, 80}), 0x81);   // failed in the driver alone
-  EXPECT_EQ(stateOf(machine, {254, 2}, {8, 32}), 0x03);   // its disk is offline
-  EXPECT_EQ(stateOf(machine, {254, 3}, {8, 0}), 0x80);    // no path of that unit
+  EXPECT_EQ(stateOf(machine, {254, 0}, {8, 64}), 0x01);  // of the second host
+  EXPECT_EQ(stateOf(machine, {254, 1}, {8, 80}), 0x81);  // failed in the driver alone
+  EXPECT_EQ(stateOf(machine, {254, 2}, {8, 32}), 0x03);  // its disk is offline
+  EXPECT_EQ(stateOf(machine, {254, 3}, {8, 0}), 0x80);   // no path of that unit
 }
 
 TEST(LinuxTunable, CountersAreReadAtEachCallAndPassFourGigabytes) {

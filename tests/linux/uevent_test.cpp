@@ -22,7 +22,8 @@ std::string udevMessage(std::string_view properties, std::uint32_t offset = 40,
   };
   append(40);
   append(offset);
-  append(static_cast<std::uint32_t>(length < 0 ? static_cast<std::int64_t>(properties.size()) : length));
+  append(static_cast<std::uint32_t>(length < 0 ? static_cast<std::int64_t>(properties.size())
+                                               : length));
   message.resize(40);
   return message.append(properties);
 }
@@ -45,8 +46,8 @@ TEST(Uevent, OfUdevIsRead) {
 }
 
 TEST(Uevent, ThatIsBrokenIsNone) {
-  for (const auto message : {""sv, "x"sv, "\0"sv, "no action\0A=b\0"sv, "@/x\0A=b\0"sv,
-                             "add@/x\0A=b"sv, "add@/x"sv}) {
+  for (const auto message :
+       {""sv, "x"sv, "\0"sv, "no action\0A=b\0"sv, "@/x\0A=b\0"sv, "add@/x\0A=b"sv, "add@/x"sv}) {
     EXPECT_FALSE(parseUevent(message));
   }
   const std::string whole = udevMessage("SUBSYSTEM=block\0"sv);
