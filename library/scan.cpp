@@ -124,9 +124,12 @@ void Scan::visitPaths(RegistryHandle entry, MPIOLogicalUnit* unit) {
 
 void Scan::enterPath(EntryID entryID, MPIOLogicalUnit* unit) {
   if (unit != nullptr && unit->logicalUnitPaths().contains(entryID)) return;
-  const auto path = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host_, entryID, unit);
-  if (unit != nullptr) unit->addPath(path.get(), entryID);
-  shared_.paths->set(entryID, path);
+  try {
+    const auto path = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host_, entryID, unit);
+    if (unit != nullptr) unit->addPath(path.get(), entryID);
+    shared_.paths->set(entryID, path);
+  } catch (const std::bad_alloc&) {  // the scan goes on without this path
+  }
 }
 
 void Scan::merge() {
@@ -143,7 +146,10 @@ void scanRegistry(MPIOManager& shared, MPIOHost& host, int mode, const ob::Objec
   Scan scan(shared, host);
   const auto [status, found] = scan.select(mode, handle);
   if (status != kSuccess || found == 0) return;
-  forEachEntry(host.registry(), found, [&](RegistryHandle entry) { scan.visit(entry); });
+  try {
+    forEachEntry(host.registry(), found, [&](RegistryHandle entry) { scan.visit(entry); });
+  } catch (const std::bad_alloc&) {  // what was found until then is entered all the same
+  }
   scan.merge();
 }
 

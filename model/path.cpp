@@ -131,9 +131,10 @@ bool MPIOLogicalUnitPath::grabPathStatsBuffer(EntryID pathEntryID, SCSIPathStati
                                           .pathEntryID = pathEntryID};
   const int result = readStatistics(host_.tunable(), request, &record, sizeof record);
   if (result != 0) {
-    const auto* failure =
-        MPIOErrorCreate("sysctlbyname failed", kErrorStatisticsUnavailable, result);
-    if (error != nullptr) *error = failure;
+    // Not made where it is not wanted: a scan of many silent paths would pile them up in its pool.
+    if (error != nullptr) {
+      *error = MPIOErrorCreate("sysctlbyname failed", kErrorStatisticsUnavailable, result);
+    }
     return false;
   }
   *statistics = record;

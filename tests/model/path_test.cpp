@@ -138,6 +138,15 @@ TEST_F(Path, KeepsItsStateWhereTheDriverIsSilent) {
   EXPECT_EQ(error->userInfo()->pairs().size(), 1u);
 }
 
+TEST_F(Path, MakesNoErrorThatNobodyWants) {
+  const auto uses = keys::kMPIOErrorResultCodeKey.retainCount();
+  host.watch.failAll(Operation::kTunable);
+  testing::internal::CaptureStderr();
+  path->rebuildPropertiesFromEntry();
+  testing::internal::GetCapturedStderr();
+  EXPECT_EQ(keys::kMPIOErrorResultCodeKey.retainCount(), uses);
+}
+
 TEST_F(Path, WritesTheCallersRecordOnlyOnSuccess) {
   EXPECT_FALSE(path->grabPathStatsBuffer(id, nullptr, nullptr));
   EXPECT_EQ(host.watch.count(Operation::kTunable), 1u);  // the one of its making
