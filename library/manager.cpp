@@ -7,9 +7,20 @@
 
 namespace tavrenix {
 
+namespace {
+
+// There before any code runs and never destroyed: other exit handlers may still ask for it.
+union SharedManager {
+  constexpr SharedManager() noexcept : manager{} {}
+  ~SharedManager() {}
+  MPIOManager manager;
+};
+constinit SharedManager gShared;
+
+}  // namespace
+
 MPIOManager& manager() noexcept {
-  static auto* const shared = new MPIOManager;
-  return *shared;
+  return gShared.manager;
 }
 
 void MPIOManagerInitialize() noexcept {

@@ -40,14 +40,10 @@ class Scan {
 
 RegistryResult<RegistryHandle> Scan::select(int mode, const ob::Object* handle) {
   if (mode == MPIORescanAll) return selectAll();
-  const ob::TypeID kind =
-      handle == nullptr ? static_cast<ob::TypeID>(ob::kNoType) : handle->typeID();
   if (mode == MPIORescanLogicalUnit) {
-    if (kind == MPIOLogicalUnit::getTypeID()) {
-      return selectUnit(static_cast<const MPIOLogicalUnit&>(*handle));
-    }
-  } else if (kind == MPIOLogicalUnitPath::getTypeID()) {
-    return selectUnitOf(static_cast<const MPIOLogicalUnitPath&>(*handle));
+    if (const auto* unit = dynamic_cast<const MPIOLogicalUnit*>(handle)) return selectUnit(*unit);
+  } else if (const auto* path = dynamic_cast<const MPIOLogicalUnitPath*>(handle)) {
+    return selectUnitOf(*path);
   }
   return {};  // the new generation has been noted all the same: required behaviour
 }
