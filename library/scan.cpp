@@ -85,8 +85,8 @@ bool isStorage(const ob::Dictionary& properties) {
 
 void Scan::visit(RegistryHandle entry) {
   {
-    const auto [status, properties] = registry_.copyProperties(entry);
-    if (status != kSuccess || !isStorage(*properties)) return;
+    const auto read = registry_.copyProperties(entry);
+    if (read.status != kSuccess || !isStorage(*read.value)) return;
   }
   const auto [status, entryID] = registry_.getEntryID(entry);
   if (status != kSuccess) return;

@@ -36,8 +36,9 @@ void MPIOLogicalUnitPath::rebuildPropertiesFromEntry() {
   MPIODeviceRegistry& registry = host_.registry();
   const ScopedHandle entry(registry, registry.findServiceByEntryID(serviceEntryID_));
   if (!entry) return;
-  const auto [status, properties] = registry.copyProperties(entry.get());
-  if (status != kSuccess) return;
+  const auto read = registry.copyProperties(entry.get());
+  if (read.status != kSuccess) return;
+  const auto& properties = read.value;
 
   // Once set, an identifier stays: commands find the path by it.
   if (!pathID_.load()) pathID_.store(logicalUnitPathIdentifierFromPropertiesDict(properties.get()));
