@@ -1,6 +1,8 @@
 // Configuration requests: what is written, what a failure tells, and what the object then believes.
 #include <gmock/gmock.h>
 
+#include <thread>
+
 #include "model/keys.hpp"
 #include "model/logical_unit.hpp"
 #include "model/registry_names.hpp"
@@ -191,6 +193,28 @@ TEST_F(Changes, TheLockIsFreeAgainWhenTheEntryIsReleased) {
   EXPECT_TRUE(unit->enableAllPaths(nullptr));
   EXPECT_TRUE(unit->disablePath(paths[0].get(), nullptr));
   EXPECT_EQ(released, 4u);
+}
+
+TEST_F(Changes, OfOneUnitNeverMeetInTheDriver) {
+  std::atomic<int> inside{0};
+  std::atomic<bool> met{false};
+  host.memory.registry().setWriteHandler([&](EntryID, const ob::String&, const ob::Object&) {
+    if (++inside > 1) met = true;
+    std::this_thread::yield();
+    --inside;
+    return kSuccess;
+  });
+  const auto change = [&](auto request) {
+    return std::thread([&, request] {
+      for (int round = 0; round < 500; ++round) request();
+    });
+  };
+  std::thread threads[] = {change([&] { unit->setAlgorithm(4, nullptr); }),
+                           change([&] { unit->setBatchCount(4, nullptr); }),
+                           change([&] { unit->enablePath(paths[0].get(), nullptr); }),
+                           change([&] { unit->disableAllPaths(nullptr); })};
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_FALSE(met);
 }
 
 }  // namespace

@@ -115,7 +115,11 @@ TEST_F(Path, ReportsSixStatistics) {
   EXPECT_EQ(
       statistics->valueAs<ob::Number>(keys::kMPIOLogicalUnitPathStatisticsBytesSentKey)->asUInt64(),
       UINT64_MAX);
+  EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitPathStatisticsBytesReceivedKey), 2);
   EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitPathStatisticsTotalBytesKey), 1);
+  EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitPathStatisticsTotalCommandsKey), 3);
+  EXPECT_NE(statistics->valueAs<ob::Date>(keys::kMPIOLogicalUnitPathStatisticsSamplingDateKey),
+            nullptr);
   EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitPathStatisticsPathStateKey), 129);
 }
 
