@@ -195,7 +195,9 @@ TEST_F(Changes, TheLockIsFreeAgainWhenTheEntryIsReleased) {
   EXPECT_EQ(released, 4u);
 }
 
-TEST_F(Changes, OfOneUnitNeverMeetInTheDriver) {
+thread_local bool reading = false;
+
+TEST_F(Changes, OfOneUnitNeverMeetEachOtherNorAReader) {
   std::atomic<int> inside{0};
   std::atomic<bool> met{false};
   host.memory.registry().setWriteHandler([&](EntryID, const ob::String&, const ob::Object&) {
@@ -204,15 +206,22 @@ TEST_F(Changes, OfOneUnitNeverMeetInTheDriver) {
     --inside;
     return kSuccess;
   });
-  const auto change = [&](auto request) {
+  host.watch.onRelease = [&] {
+    if (reading && inside != 0) met = true;
+  };
+  const auto repeat = [&](auto request) {
     return std::thread([&, request] {
-      for (int round = 0; round < 500; ++round) request();
+      for (int round = 0; round < 300; ++round) request();
     });
   };
-  std::thread threads[] = {change([&] { unit->setAlgorithm(4, nullptr); }),
-                           change([&] { unit->setBatchCount(4, nullptr); }),
-                           change([&] { unit->enablePath(paths[0].get(), nullptr); }),
-                           change([&] { unit->disableAllPaths(nullptr); })};
+  const auto read = [&] {
+    reading = true;
+    unit->getProperties();
+  };
+  std::thread threads[] = {repeat([&] { unit->setAlgorithm(4, nullptr); }),
+                           repeat([&] { unit->setBatchCount(4, nullptr); }),
+                           repeat([&] { unit->enablePath(paths[0].get(), nullptr); }),
+                           repeat([&] { unit->disableAllPaths(nullptr); }), repeat(read)};
   for (std::thread& thread : threads) thread.join();
   EXPECT_FALSE(met);
 }

@@ -142,6 +142,22 @@ TEST_F(Path, KeepsItsStateWhereTheDriverIsSilent) {
   EXPECT_EQ(error->userInfo()->pairs().size(), 1u);
 }
 
+TEST_F(Path, KeepsWhatItKnewWhicheverReadFails) {
+  const auto whole = path->getProperties();
+  host.watch.reset();
+  path->rebuildPropertiesFromEntry();
+  const std::size_t reads = host.watch.failable();
+  EXPECT_EQ(reads, 4u);
+  for (std::size_t position = 0; position < reads; ++position) {
+    host.watch.reset();
+    host.watch.failAt(position);
+    testing::internal::CaptureStderr();
+    path->rebuildPropertiesFromEntry();
+    testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(whole->equals(*path->getProperties())) << position;
+  }
+}
+
 TEST_F(Path, MakesNoErrorThatNobodyWants) {
   const auto uses = keys::kMPIOErrorResultCodeKey.retainCount();
   host.watch.failAll(Operation::kTunable);
