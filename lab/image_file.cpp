@@ -71,6 +71,15 @@ std::string temporaryFor(const std::string& path) {
   return folderOf(path) + "." + path.substr(path.rfind('/') + 1) + ".tavrenix-lab";
 }
 
+// As far as it can be done. The new text stands by then, and so a folder that cannot be synced, or
+// not even be read, must not be told as a failed write.
+void syncFolder(const std::string& path) {
+  const int folder = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder < 0) return;
+  [[maybe_unused]] const int synced = ::fsync(folder);
+  ::close(folder);
+}
+
 bool isStillAt(const File& file, const std::string& path) {
   struct stat named {};
   const struct stat held = statusOf(file);
@@ -136,9 +145,7 @@ void LockedImageFile::replace(std::string_view text) const {
     errno = saved;
     throw;
   }
-  // The new text stands by now: a folder that cannot be synced must not be told as a failed write.
-  const File folder(folderOf(path_), O_RDONLY | O_DIRECTORY);
-  [[maybe_unused]] const int synced = ::fsync(folder.descriptor());
+  syncFolder(folderOf(path_));
 }
 
 }  // namespace tavrenix::lab
