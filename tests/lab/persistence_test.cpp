@@ -188,6 +188,17 @@ TEST_F(PersistenceTest, AFileThatCannotBeWrittenStaysWhole) {
   EXPECT_EQ(scratch_.files(), 1U);
 }
 
+TEST_F(PersistenceTest, AFolderThatTakesNoFileIsTheReasonGiven) {
+  load();
+  ASSERT_EQ(::chmod(scratch_.path("").c_str(), 0500), 0);
+  EXPECT_TRUE(inAnotherProcess([this] {
+    return giveUpCapabilities() && writeTo(host_, *pathRequest("01", 3)) == -EACCES &&
+           reported_ == path_ + ": cannot be replaced by a new file beside it: Permission denied\n";
+  }));
+  ASSERT_EQ(::chmod(scratch_.path("").c_str(), 0700), 0);
+  EXPECT_EQ(contentsOf(path_), imageText(""));
+}
+
 TEST_F(PersistenceTest, AFolderThatCannotBeReadIsNoFailure) {
   load();
   ASSERT_EQ(::chmod(scratch_.path("").c_str(), 0300), 0);
