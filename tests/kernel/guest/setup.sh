@@ -2,7 +2,7 @@
 # Machines to try things on: disks with several paths, and the maps over them, made by the daemon or by hand.
 
 start_udev() {
-  modprobe -a dm_mod dm_multipath dm_round_robin dm_queue_length dm_service_time scsi_dh_alua sd_mod
+  modprobe -a dm_mod dm_zero dm_multipath dm_round_robin dm_queue_length dm_service_time scsi_dh_alua sd_mod
   /lib/systemd/systemd-udevd --daemon
   udevadm trigger --action=add
   udevadm settle --timeout=30
@@ -78,10 +78,10 @@ table_of() {
 
 # maps_by_hand [SELECTOR] [FEATURES] [GROUPS]: a map for each unit, as the daemon would name it, without the daemon.
 maps_by_hand() {
-  local wwid letter=a
+  local wwid letters="a b c d e f g h"
   for wwid in $(wwids); do
-    table_of "$wwid" "$@" | dmsetup create "mpath$letter" -u "mpath-$wwid"
-    letter=$(echo "$letter" | tr 'a-y' 'b-z')
+    table_of "$wwid" "$@" | dmsetup create "mpath${letters%% *}" -u "mpath-$wwid"
+    letters=${letters#* }
   done
   udevadm settle --timeout=60
 }
