@@ -2,11 +2,11 @@
  * mpio.h - libtavrenix: multipathed SCSI logical units, their paths, and how the driver uses them.
  *
  * Conventions (those of ob.h hold as well)
- *  1. A handle stands for one logical unit or one path. It is an object: retain, release and compare it
- *     with the functions of ob.h. A handle stays valid as long as it is retained, even when its device
- *     is gone; functions then return their failure value.
- *  2. Every array and dictionary returned is a copy of its own that the caller releases. Handles inside
- *     a returned array are held by the array.
+ *  1. A handle stands for one logical unit or one path. It is an object: retain, release and
+ * compare it with the functions of ob.h. A handle stays valid as long as it is retained, even when
+ * its device is gone; functions then return their failure value.
+ *  2. Every array and dictionary returned is a copy of its own that the caller releases. Handles
+ * inside a returned array are held by the array.
  *  3. Failure values are NULL, false and 0. A function with an error argument writes it only where
  *     there is an error to tell; the caller then releases it. Some failures tell none, on purpose.
  *     NULL may be passed where the error is not wanted.
@@ -21,8 +21,8 @@
 extern "C" {
 #endif
 
-typedef const struct MPIOLogicalUnitHandle *MPIOLogicalUnitRef;
-typedef const struct MPIOLogicalUnitPathHandle *MPIOLogicalUnitPathRef;
+typedef const struct MPIOLogicalUnitHandle* MPIOLogicalUnitRef;
+typedef const struct MPIOLogicalUnitPathHandle* MPIOLogicalUnitPathRef;
 /* An entry of the device registry, borrowed from the registry's own interface; 0 is none. */
 typedef uint32_t MPIORegistryObject;
 
@@ -31,7 +31,7 @@ typedef uint32_t MPIORegistryObject;
 enum {
   kMPIOErrorBadArgument = 0x08000001,
   kMPIOErrorServiceNotFound = 0x08000002,
-  kMPIOErrorPropertyWriteFailed = 0x08000003,   /* with kMPIOErrorResultCodeKey */
+  kMPIOErrorPropertyWriteFailed = 0x08000003, /* with kMPIOErrorResultCodeKey */
   kMPIOErrorPathsLackIdentifiers = 0x08000004,
   kMPIOErrorStatisticsUnavailable = 0x08000005, /* with kMPIOErrorResultCodeKey */
   kMPIOErrorNotificationFailed = 0x08000006,    /* with kMPIOErrorResultCodeKey */
@@ -49,26 +49,30 @@ OB_EXPORT extern const ObStringRef kMPIOLogicalUnitDisappearedNotification;
 OB_EXPORT extern const ObStringRef kMPIOLogicalUnitPathDisappearedNotification;
 
 /* Properties of a logical unit. */
-OB_EXPORT extern const ObStringRef kMPIOLogicalUnitIdentifierKey; /* string: upper-case hexadecimal */
-OB_EXPORT extern const ObStringRef kMPIOLogicalUnitAliasKey;      /* string; absent when it has none */
-OB_EXPORT extern const ObStringRef kMPIOLogicalUnitAlgorithmKey;  /* one of the three values below */
-OB_EXPORT extern const ObStringRef kMPIOLogicalUnitVendorIDKey;   /* string */
-OB_EXPORT extern const ObStringRef kMPIOLogicalUnitProductIDKey;  /* string */
-OB_EXPORT extern const ObStringRef kMPIOLogicalUnitVolumesKey;    /* array of volume dictionaries */
+OB_EXPORT extern const ObStringRef
+    kMPIOLogicalUnitIdentifierKey;                           /* string: upper-case hexadecimal */
+OB_EXPORT extern const ObStringRef kMPIOLogicalUnitAliasKey; /* string; absent when it has none */
+OB_EXPORT extern const ObStringRef kMPIOLogicalUnitAlgorithmKey; /* one of the three values below */
+OB_EXPORT extern const ObStringRef kMPIOLogicalUnitVendorIDKey;  /* string */
+OB_EXPORT extern const ObStringRef kMPIOLogicalUnitProductIDKey; /* string */
+OB_EXPORT extern const ObStringRef kMPIOLogicalUnitVolumesKey;   /* array of volume dictionaries */
 
 /* A volume dictionary. */
-OB_EXPORT extern const ObStringRef kMPIOLogicalUnitVolumeNameKey;       /* string */
-OB_EXPORT extern const ObStringRef kMPIOLogicalUnitVolumeSizeKey;       /* number: bytes */
-OB_EXPORT extern const ObStringRef kMPIOLogicalUnitVolumeMountPointKey; /* string: the device's name */
+OB_EXPORT extern const ObStringRef kMPIOLogicalUnitVolumeNameKey; /* string */
+OB_EXPORT extern const ObStringRef kMPIOLogicalUnitVolumeSizeKey; /* number: bytes */
+OB_EXPORT extern const ObStringRef
+    kMPIOLogicalUnitVolumeMountPointKey; /* string: the device's name */
 
 /* Properties of a path. */
 OB_EXPORT extern const ObStringRef kMPIOLogicalUnitPathIdentifierKey;   /* string: hexadecimal */
 OB_EXPORT extern const ObStringRef kMPIOLogicalUnitPathStateKey;        /* a path state value */
 OB_EXPORT extern const ObStringRef kMPIOLogicalUnitPathInterconnectKey; /* string */
 OB_EXPORT extern const ObStringRef kMPIOLogicalUnitPathHostPortIdentifierKey; /* data */
-OB_EXPORT extern const ObStringRef kMPIOLogicalUnitPathAccessStateKey; /* text of the path state key */
+OB_EXPORT extern const ObStringRef
+    kMPIOLogicalUnitPathAccessStateKey; /* text of the path state key */
 
-/* Path state values: asymmetric access states of SPC. Unavailable stands for all other states too. */
+/* Path state values: asymmetric access states of SPC. Unavailable stands for all other states too.
+ */
 OB_EXPORT extern const ObStringRef kMPIOPathStateActiveOptimized;
 OB_EXPORT extern const ObStringRef kMPIOPathStateActiveNonOptimized;
 OB_EXPORT extern const ObStringRef kMPIOPathStateStandby;
@@ -121,26 +125,28 @@ OB_EXPORT ObDictionaryRef MPIOLogicalUnitPathCopyProperties(MPIOLogicalUnitPathR
 OB_EXPORT MPIOLogicalUnitRef MPIOLogicalUnitPathCopyLogicalUnit(MPIOLogicalUnitPathRef path);
 
 /* Asks the driver to use a path that is present. */
-OB_EXPORT bool MPIOLogicalUnitPathEnable(MPIOLogicalUnitPathRef path, ObErrorRef *error);
+OB_EXPORT bool MPIOLogicalUnitPathEnable(MPIOLogicalUnitPathRef path, ObErrorRef* error);
 /* Asks the driver not to use a path, whether it is present or not. */
-OB_EXPORT bool MPIOLogicalUnitPathDisable(MPIOLogicalUnitPathRef path, ObErrorRef *error);
+OB_EXPORT bool MPIOLogicalUnitPathDisable(MPIOLogicalUnitPathRef path, ObErrorRef* error);
 /* Ask for all paths of a unit in one request. */
-OB_EXPORT bool MPIOLogicalUnitEnableAllPaths(MPIOLogicalUnitRef unit, ObErrorRef *error);
-OB_EXPORT bool MPIOLogicalUnitDisableAllPaths(MPIOLogicalUnitRef unit, ObErrorRef *error);
+OB_EXPORT bool MPIOLogicalUnitEnableAllPaths(MPIOLogicalUnitRef unit, ObErrorRef* error);
+OB_EXPORT bool MPIOLogicalUnitDisableAllPaths(MPIOLogicalUnitRef unit, ObErrorRef* error);
 
-/* algorithm: one of the kMPIOLogicalUnitAlgorithm values, compared as text. Any other fails silently. */
+/* algorithm: one of the kMPIOLogicalUnitAlgorithm values, compared as text. Any other fails
+ * silently. */
 OB_EXPORT bool MPIOLogicalUnitSetAlgorithm(MPIOLogicalUnitRef unit, ObStringRef algorithm,
-                                           ObErrorRef *error);
+                                           ObErrorRef* error);
 /* newBatchCount: 1 to 4,294,967,295 requests on a path before round robin goes on to the next. */
 OB_EXPORT bool MPIOLogicalUnitSetBatchCount(MPIOLogicalUnitRef unit, uint32_t newBatchCount,
-                                            ObErrorRef *error);
+                                            ObErrorRef* error);
 
 /* Counters as the driver has them now. For a unit whose counters cannot be read they are zeros. */
 OB_EXPORT ObDictionaryRef MPIOLogicalUnitCopyStatistics(MPIOLogicalUnitRef unit);
 /* The same for a path; NULL where its counters cannot be read. */
 OB_EXPORT ObDictionaryRef MPIOLogicalUnitPathCopyStatistics(MPIOLogicalUnitPathRef path);
 
-/* The handle for an entry of the registry. NULL where the entry stands for no known unit or path. */
+/* The handle for an entry of the registry. NULL where the entry stands for no known unit or path.
+ */
 OB_EXPORT MPIOLogicalUnitRef MPIOCopyLogicalUnitForService(MPIORegistryObject service);
 OB_EXPORT MPIOLogicalUnitPathRef MPIOCopyLogicalUnitPathForService(MPIORegistryObject service);
 

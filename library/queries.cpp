@@ -1,0 +1,90 @@
+// The public functions that only read. Which of them test presence and which rescan is uneven on
+// purpose.
+#include "library/call.hpp"
+
+using namespace tavrenix;
+
+extern "C" {
+
+ObTypeID MPIOLogicalUnitGetTypeID(void) {
+  return MPIOLogicalUnit::getTypeID();
+}
+ObTypeID MPIOLogicalUnitPathGetTypeID(void) {
+  return MPIOLogicalUnitPath::getTypeID();
+}
+
+ObArrayRef MPIOCopyLogicalUnits(void) {
+  return withPool<ObArrayRef>([]() -> ObArrayRef {
+    MPIOManagerRescan(MPIORescanAll, nullptr);
+    const auto& units = manager().logicalUnits;
+    if (!units) return nullptr;
+    ob::Array::Values handles;
+    handles.reserve(units->size());
+    for (const auto& [entryID, unit] : *units) handles.push_back(unit);
+    return handOut<ObArrayRef>(ob::Array::make(std::move(handles)));
+  });
+}
+
+ObDictionaryRef MPIOLogicalUnitCopyProperties(MPIOLogicalUnitRef handle) {
+  return withHandle<MPIOLogicalUnit, ObDictionaryRef>(handle, [](auto& unit) -> ObDictionaryRef {
+    if (!isPresent(unit)) return nullptr;
+    return handOut<ObDictionaryRef>(unit.getProperties());
+  });
+}
+
+ObArrayRef MPIOLogicalUnitCopyPaths(MPIOLogicalUnitRef handle) {
+  return withHandle<MPIOLogicalUnit, ObArrayRef>(handle, [](auto& unit) {
+    MPIOManagerRescan(MPIORescanLogicalUnit, &unit);
+    return handOut<ObArrayRef>(unit.getPaths());  // of this very object, not of a rebuilt one
+  });
+}
+
+ObDictionaryRef MPIOLogicalUnitPathCopyProperties(MPIOLogicalUnitPathRef handle) {
+  return withHandle<MPIOLogicalUnitPath, ObDictionaryRef>(handle, [](auto& path) {
+    MPIOManagerRescan(MPIORescanPathLogicalUnit, &path);
+    return handOut<ObDictionaryRef>(path.getProperties());
+  });
+}
+
+MPIOLogicalUnitRef MPIOLogicalUnitPathCopyLogicalUnit(MPIOLogicalUnitPathRef handle) {
+  return withHandle<MPIOLogicalUnitPath, MPIOLogicalUnitRef>(
+      handle, [](auto& path) -> MPIOLogicalUnitRef {
+        if (!isPresent(path)) return nullptr;
+        return handOut<MPIOLogicalUnitRef>(path.matchingLogicalUnit());
+      });
+}
+
+ObDictionaryRef MPIOLogicalUnitCopyStatistics(MPIOLogicalUnitRef handle) {
+  return withHandle<MPIOLogicalUnit, ObDictionaryRef>(handle, [](auto& unit) -> ObDictionaryRef {
+    if (!isPresent(unit)) return nullptr;
+    return handOut<ObDictionaryRef>(unit.getCurrentStatistics());
+  });
+}
+
+ObDictionaryRef MPIOLogicalUnitPathCopyStatistics(MPIOLogicalUnitPathRef handle) {
+  return withHandle<MPIOLogicalUnitPath, ObDictionaryRef>(
+      handle, [](auto& path) -> ObDictionaryRef {
+        if (!isPresent(path)) return nullptr;
+        return handOut<ObDictionaryRef>(path.getCurrentStatistics());
+      });
+}
+
+// Makes no pool, unlike its path counterpart.
+MPIOLogicalUnitRef MPIOCopyLogicalUnitForService(MPIORegistryObject service) {
+  if (service == 0) return nullptr;
+  const auto [status, entryID] = sharedHost().registry().getEntryID(service);
+  if (status != kSuccess) return nullptr;
+  return handOut<MPIOLogicalUnitRef>(ob::Ref<MPIOLogicalUnit>::retain(knownLogicalUnit(entryID)));
+}
+
+MPIOLogicalUnitPathRef MPIOCopyLogicalUnitPathForService(MPIORegistryObject service) {
+  if (service == 0) return nullptr;
+  return withPool<MPIOLogicalUnitPathRef>([&]() -> MPIOLogicalUnitPathRef {
+    const auto [status, entryID] = sharedHost().registry().getEntryID(service);
+    if (status != kSuccess) return nullptr;
+    return handOut<MPIOLogicalUnitPathRef>(
+        ob::Ref<MPIOLogicalUnitPath>::retain(knownPath(entryID)));
+  });
+}
+
+}  // extern "C"

@@ -1,0 +1,192 @@
+#include "model/memory/registry.hpp"
+
+#include "model/registry_names.hpp"
+
+namespace tavrenix::memory {
+
+using Lock = std::lock_guard<std::mutex>;
+
+RegistryHandle MemoryRegistry::open(Slot slot) {
+  if (freeSlots_.empty()) {
+    slots_.push_back(std::move(slot));
+    freeSlots_.reserve(slots_.size());  // so that release never needs memory
+    return static_cast<RegistryHandle>(slots_.size());
+  }
+  const RegistryHandle handle = freeSlots_.back();
+  freeSlots_.pop_back();
+  slots_[handle - 1] = std::move(slot);
+  return handle;
+}
+
+template <class T>
+T* MemoryRegistry::opened(RegistryHandle handle) {
+  if (handle == 0 || handle > slots_.size()) return nullptr;
+  return std::get_if<T>(&slots_[handle - 1]);
+}
+
+Entry* MemoryRegistry::entryOf(RegistryHandle handle) {
+  auto* entry = opened<ob::Ref<Entry>>(handle);
+  return entry == nullptr ? nullptr : entry->get();
+}
+
+bool MemoryRegistry::defineClass(const std::string& className, const std::string& base) {
+  const Lock lock(mutex_);
+  return tree_.defineClass(className, base);
+}
+
+bool MemoryRegistry::addEntry(EntryID id, const std::string& className,
+                              const std::vector<EntryID>& parents,
+                              ob::Ref<const ob::Dictionary> properties) {
+  const Lock lock(mutex_);
+  return tree_.add(id, className, parents, std::move(properties)) != nullptr;
+}
+
+bool MemoryRegistry::removeEntry(EntryID id) {
+  const Lock lock(mutex_);
+  return static_cast<bool>(tree_.remove(id));
+}
+
+ob::Ref<const ob::Dictionary> MemoryRegistry::properties(EntryID id) const {
+  const Lock lock(mutex_);
+  const Entry* entry = tree_.find(id);
+  return entry == nullptr ? nullptr : entry->properties;
+}
+
+bool MemoryRegistry::replaceProperties(EntryID id, ob::Ref<const ob::Dictionary> properties) {
+  const Lock lock(mutex_);
+  Entry* entry = tree_.find(id);
+  if (entry != nullptr) entry->properties = std::move(properties);
+  return entry != nullptr;
+}
+
+void MemoryRegistry::setWriteHandler(WriteHandler handler) {
+  const Lock lock(mutex_);
+  writeHandler_ = std::move(handler);
+}
+
+std::size_t MemoryRegistry::openHandles() const {
+  const Lock lock(mutex_);
+  return slots_.size() - freeSlots_.size();
+}
+
+std::optional<EntryID> MemoryRegistry::entryIDOf(RegistryHandle entry) const {
+  const Lock lock(mutex_);
+  if (entry == 0 || entry > slots_.size()) return std::nullopt;
+  const auto* held = std::get_if<ob::Ref<Entry>>(&slots_[entry - 1]);
+  if (held == nullptr) return std::nullopt;
+  return (*held)->id;
+}
+
+RegistryHandle MemoryRegistry::findServiceByEntryID(EntryID entryID) {
+  const Lock lock(mutex_);
+  Entry* entry = tree_.find(entryID);
+  return entry == nullptr ? 0 : open(ob::Ref<Entry>::retain(entry));
+}
+
+RegistryResult<RegistryHandle> MemoryRegistry::findServicesByEntryID(EntryID entryID) {
+  const Lock lock(mutex_);
+  Iterator found;
+  if (Entry* entry = tree_.find(entryID)) found.entries.push_back(ob::Ref<Entry>::retain(entry));
+  return {kSuccess, open(std::move(found))};
+}
+
+RegistryResult<RegistryHandle> MemoryRegistry::findServicesByClass(std::string_view className) {
+  const Lock lock(mutex_);
+  return {kSuccess, open(Iterator{tree_.ofClass(className)})};
+}
+
+RegistryResult<ob::Ref<const ob::Dictionary>> MemoryRegistry::copyProperties(RegistryHandle entry) {
+  const Lock lock(mutex_);
+  const Entry* known = entryOf(entry);
+  if (known == nullptr) return {kNoSuchObject, nullptr};
+  return {kSuccess, known->properties};
+}
+
+ob::Ref<const ob::Object> MemoryRegistry::copyProperty(RegistryHandle entry,
+                                                       const ob::String& name) {
+  const Lock lock(mutex_);
+  const Entry* known = entryOf(entry);
+  if (known == nullptr) return nullptr;
+  return ob::Ref<const ob::Object>::retain(known->properties->value(name));
+}
+
+ob::Ref<const ob::Object> MemoryRegistry::searchProperty(RegistryHandle entry,
+                                                         std::string_view plane,
+                                                         const ob::String& name,
+                                                         std::uint32_t options) {
+  const Lock lock(mutex_);
+  Entry* known = entryOf(entry);
+  if (known == nullptr || plane != registry::kServicePlane) return nullptr;
+  if (const ob::Object* own = known->properties->value(name)) {
+    return ob::Ref<const ob::Object>::retain(own);
+  }
+  for (const auto& relative : tree_.relatives(*known, options)) {
+    if (const ob::Object* value = relative->properties->value(name)) {
+      return ob::Ref<const ob::Object>::retain(value);
+    }
+  }
+  return nullptr;
+}
+
+KernelStatus MemoryRegistry::setProperty(RegistryHandle entry, const ob::String& name,
+                                         const ob::Object& value) {
+  WriteHandler handler;
+  EntryID id = 0;
+  {
+    const Lock lock(mutex_);
+    Entry* known = entryOf(entry);
+    if (known == nullptr || tree_.find(known->id) != known) return kNoSuchObject;
+    if (!writeHandler_) {
+      auto pairs = known->properties->pairs();
+      pairs.set(ob::Ref<const ob::String>::retain(&name),
+                ob::Ref<const ob::Object>::retain(&value));
+      known->properties = ob::Dictionary::make(std::move(pairs));
+      return kSuccess;
+    }
+    handler = writeHandler_;
+    id = known->id;
+  }
+  return handler(id, name, value);
+}
+
+RegistryResult<RegistryHandle> MemoryRegistry::createIterator(RegistryHandle entry,
+                                                              std::string_view plane,
+                                                              std::uint32_t options) {
+  const Lock lock(mutex_);
+  Entry* known = entryOf(entry);
+  if (known == nullptr || plane != registry::kServicePlane) return {kNoSuchObject, 0};
+  return {kSuccess, open(Iterator{tree_.relatives(*known, options)})};
+}
+
+RegistryHandle MemoryRegistry::iteratorNext(RegistryHandle iterator) {
+  const Lock lock(mutex_);
+  auto* known = opened<Iterator>(iterator);
+  if (known == nullptr || known->next == known->entries.size()) return 0;
+  return open(std::move(known->entries[known->next++]));
+}
+
+bool MemoryRegistry::conformsTo(RegistryHandle entry, std::string_view className) {
+  const Lock lock(mutex_);
+  const Entry* known = entryOf(entry);
+  return known != nullptr && known->itsClass.conformsTo(className);
+}
+
+RegistryResult<EntryID> MemoryRegistry::getEntryID(RegistryHandle entry) {
+  const Lock lock(mutex_);
+  const Entry* known = entryOf(entry);
+  if (known == nullptr) return {kNoSuchObject, 0};
+  return {kSuccess, known->id};
+}
+
+void MemoryRegistry::release(RegistryHandle handle) {
+  if (handle == 0) return;
+  Slot released;  // destroyed after the lock
+  const Lock lock(mutex_);
+  if (handle > slots_.size() || std::holds_alternative<std::monostate>(slots_[handle - 1])) {
+    ob::fatal("a registry handle was released twice");
+  }
+  released = std::exchange(slots_[handle - 1], Slot{});
+  freeSlots_.push_back(handle);
+}
+
+}  // namespace tavrenix::memory

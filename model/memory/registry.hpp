@@ -1,0 +1,77 @@
+// The in-memory backing of the device registry.
+//
+// Threads: as the seam says; one lock guards the tree and the handles. The write handler is called
+// without that lock, so it may call any operation.
+#pragma once
+
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <variant>
+
+#include "model/memory/tree.hpp"
+
+namespace tavrenix::memory {
+
+class MemoryRegistry final : public MPIODeviceRegistry {
+ public:
+  // Acts on a write and returns its status. Without a handler the value becomes a property.
+  using WriteHandler =
+      std::function<KernelStatus(EntryID entryID, const ob::String& name, const ob::Object& value)>;
+
+  // The tree, as its owner changes it. Each is whole when it returns.
+  bool defineClass(const std::string& className, const std::string& base);
+  bool addEntry(EntryID id, const std::string& className, const std::vector<EntryID>& parents,
+                ob::Ref<const ob::Dictionary> properties);
+  bool removeEntry(EntryID id);
+  // The entry's properties, all at once. None where there is no such entry.
+  ob::Ref<const ob::Dictionary> properties(EntryID id) const;
+  bool replaceProperties(EntryID id, ob::Ref<const ob::Dictionary> properties);
+  void setWriteHandler(WriteHandler handler);
+
+  // Handles and iterators given out and not yet released.
+  std::size_t openHandles() const;
+  // The ID behind the handle of an entry, or none; for the neighbouring seams of the same host.
+  std::optional<EntryID> entryIDOf(RegistryHandle entry) const;
+  // A handle of an entry, for a client that brings one: released as any other.
+  RegistryHandle findServiceByEntryID(EntryID entryID) override;
+
+  RegistryResult<RegistryHandle> findServicesByEntryID(EntryID entryID) override;
+  RegistryResult<RegistryHandle> findServicesByClass(std::string_view className) override;
+  RegistryResult<ob::Ref<const ob::Dictionary>> copyProperties(RegistryHandle entry) override;
+  ob::Ref<const ob::Object> copyProperty(RegistryHandle entry, const ob::String& name) override;
+  ob::Ref<const ob::Object> searchProperty(RegistryHandle entry, std::string_view plane,
+                                           const ob::String& name, std::uint32_t options) override;
+  KernelStatus setProperty(RegistryHandle entry, const ob::String& name,
+                           const ob::Object& value) override;
+  RegistryResult<RegistryHandle> createIterator(RegistryHandle entry, std::string_view plane,
+                                                std::uint32_t options) override;
+  RegistryHandle iteratorNext(RegistryHandle iterator) override;
+  bool conformsTo(RegistryHandle entry, std::string_view className) override;
+  RegistryResult<EntryID> getEntryID(RegistryHandle entry) override;
+  void release(RegistryHandle handle) override;
+
+ private:
+  struct Iterator {
+    Entries entries;
+    std::size_t next = 0;
+  };
+  using Slot = std::variant<std::monostate, ob::Ref<Entry>, Iterator>;
+
+  // These hold mutex_ already. Handles are positions in slots_ plus one.
+  RegistryHandle open(Slot slot);
+  template <class T>
+  T* opened(RegistryHandle handle);
+  Entry* entryOf(RegistryHandle handle);
+
+  mutable std::mutex mutex_;
+  Tree tree_;
+  std::vector<Slot> slots_;
+  std::vector<RegistryHandle> freeSlots_;
+  WriteHandler writeHandler_;
+};
+
+// What the host answers to an operation on something that is not there or not of the right kind.
+inline constexpr KernelStatus kNoSuchObject = -536870206;
+
+}  // namespace tavrenix::memory

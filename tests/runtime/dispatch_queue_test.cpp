@@ -1,0 +1,160 @@
+// Dispatch queues: order, draining, and who may release what when.
+#include "runtime/dispatch_queue.hpp"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <tavrenix/ob.h>
+
+#include <algorithm>
+#include <future>
+#include <optional>
+#include <tavrenix/block.hpp>
+#include <thread>
+#include <vector>
+
+#include "runtime/pool.hpp"
+#include "runtime/string.hpp"
+
+namespace {
+
+TEST(DispatchQueue, RunsTasksInOrderOnOneThreadOfItsOwn) {
+  const auto queue = ob::make<ob::DispatchQueue>("order");
+  std::vector<int> seen;
+  std::vector<std::thread::id> threads;
+  for (int i = 0; i < 100; ++i) {
+    queue->async([&, i] {
+      seen.push_back(i);
+      threads.push_back(std::this_thread::get_id());
+    });
+  }
+  ASSERT_TRUE(queue->drain());
+  ASSERT_EQ(seen.size(), 100u);
+  EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end()));
+  EXPECT_NE(threads.front(), std::this_thread::get_id());
+  EXPECT_EQ(std::count(threads.begin(), threads.end(), threads.front()), 100);
+}
+
+TEST(DispatchQueue, DrainCoversWhatWasQueuedBeforeItAndNotWhatTasksQueueLater) {
+  const auto queue = ob::make<ob::DispatchQueue>("drain");
+  std::promise<void> mayEnd;
+  std::atomic<bool> laterRan{false};
+  queue->async([&, held = mayEnd.get_future().share()] {
+    queue->async([&, held] {
+      held.wait();
+      laterRan = true;
+    });
+  });
+  EXPECT_TRUE(queue->drain());
+  EXPECT_FALSE(laterRan);
+  mayEnd.set_value();
+  EXPECT_TRUE(queue->drain());
+  EXPECT_TRUE(laterRan);
+}
+
+TEST(DispatchQueue, DrainInATaskOfTheQueueReturnsFalseInsteadOfWaitingForItself) {
+  const auto queue = ob::make<ob::DispatchQueue>("self");
+  const auto other = ob::make<ob::DispatchQueue>("other");
+  std::optional<bool> own;
+  std::optional<bool> foreign;
+  queue->async([&] {
+    own = queue->drain();
+    foreign = other->drain();
+  });
+  queue->drain();
+  EXPECT_EQ(own, false);
+  EXPECT_EQ(foreign, true);
+}
+
+TEST(DispatchQueue, AReleasedQueueFinishesWhatIsQueued) {
+  std::promise<void> mayRun;
+  std::promise<int> last;
+  {
+    const auto queue = ob::make<ob::DispatchQueue>("released");
+    queue->async([held = mayRun.get_future().share()] { held.wait(); });
+    queue->async([&] { last.set_value(7); });
+  }
+  mayRun.set_value();
+  EXPECT_EQ(last.get_future().get(), 7);
+}
+
+TEST(DispatchQueue, ATaskMayReleaseTheLastReferenceOfItsQueue) {
+  std::promise<void> destroyed;
+  struct Signal {
+    std::promise<void>& promise;
+    explicit Signal(std::promise<void>& its) : promise(its) {}
+    Signal(const Signal&) = delete;
+    Signal& operator=(const Signal&) = delete;
+    ~Signal() { promise.set_value(); }
+  };
+  auto queue = ob::make<ob::DispatchQueue>("last");
+  auto* raw = queue.get();
+  // The queue's only reference lives in its own task.
+  raw->async([held = std::move(queue), signal = std::make_shared<Signal>(destroyed)] {});
+  destroyed.get_future().wait();
+}
+
+TEST(DispatchQueue, EachTaskHasAPoolThatIsDrainedBeforeTheNext) {
+  const auto queue = ob::make<ob::DispatchQueue>("pools");
+  const auto text = ob::String::make("kept");
+  std::uint32_t during = 0;
+  queue->async([&] {
+    ob::Pool::keep(text);
+    during = text->retainCount();
+  });
+  queue->drain();
+  EXPECT_EQ(during, 2u);
+  EXPECT_EQ(text->retainCount(), 1u);
+}
+
+TEST(DispatchQueue, ItsThreadTakesNoSignals) {
+  const auto queue = ob::make<ob::DispatchQueue>("signals");
+  int blocked = -1;
+  queue->async([&] {
+    sigset_t mask;
+    pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+    blocked = sigismember(&mask, SIGTERM);
+  });
+  queue->drain();
+  EXPECT_EQ(blocked, 1);
+  sigset_t own;
+  pthread_sigmask(SIG_BLOCK, nullptr, &own);
+  EXPECT_EQ(sigismember(&own, SIGTERM), 0) << "the mask of the thread that made the queue changed";
+}
+
+TEST(DispatchQueueInC, RefusesWhatIsNoQueue) {
+  int runs = 0;
+  const auto count = [](void* context) { ++*static_cast<int*>(context); };
+  EXPECT_FALSE(ObDispatchAsync(nullptr, count, &runs));
+  EXPECT_FALSE(ObDispatchQueueDrain(nullptr));
+  ObStringRef text = ObStringCreateWithUTF8("no queue");
+  auto* wrong = static_cast<ObDispatchQueueRef>(const_cast<void*>(static_cast<ObTypeRef>(text)));
+  EXPECT_FALSE(ObDispatchAsync(wrong, count, &runs));
+  ObRelease(text);
+
+  ObDispatchQueueRef queue = ObDispatchQueueCreate(nullptr);
+  ASSERT_NE(queue, nullptr);
+  EXPECT_EQ(ObGetTypeID(queue), ObDispatchQueueGetTypeID());
+  EXPECT_FALSE(ObDispatchAsync(queue, nullptr, nullptr));
+  EXPECT_TRUE(ObDispatchAsync(queue, count, &runs));
+  EXPECT_TRUE(ObDispatchQueueDrain(queue));
+  EXPECT_EQ(runs, 1);
+  ObRelease(queue);
+}
+
+struct SumBlock {
+  int (*invoke)(SumBlock* block, int a, int b);
+};
+
+TEST(Block, ALambdaIsCalledThroughThePlainStructure) {
+  int calls = 0;
+  auto block = tavrenix::makeBlock<SumBlock>([&calls](int a, int b) {
+    ++calls;
+    return a + b;
+  });
+  SumBlock* plain = &block;
+  EXPECT_EQ(plain->invoke(plain, 2, 3), 5);
+  EXPECT_EQ(plain->invoke(plain, 4, 5), 9);
+  EXPECT_EQ(calls, 2);
+}
+
+}  // namespace
