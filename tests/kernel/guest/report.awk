@@ -8,13 +8,11 @@ function column(from, width, text) {
   sub(/ +$/, "", text)
   return text
 }
-# A path's identifier is the text of its SCSI address, each byte as two hexadecimal digits.
-function address(hex, i, text) {
-  for (i = 1; i < length(hex); i += 2)
-    text = text sprintf("%c", digit(substr(hex, i, 1)) * 16 + digit(substr(hex, i + 1, 1)))
-  return text ~ /^[0-9]+:[0-9]+:[0-9]+:[0-9]+$/ ? text : hex
+# A path's identifier is its SCSI address: host, channel, target and unit number in decimal, an F between them.
+function address(digits, field) {
+  if (split(digits, field, "F") != 4) return digits
+  return field[1] + 0 ":" field[2] + 0 ":" field[3] + 0 ":" field[4] + 0
 }
-function digit(d) { return index("0123456789ABCDEF", d) - 1 }
 
 /^ +Alias +Vendor/ { section = "units"; next }
 /^    Access State +Path Identifier/ { section = "paths"; next }

@@ -38,9 +38,7 @@ tool_state() {
 }
 
 # path_id MAP DISK: the identifier by which the tool is told of that path.
-path_id() {
-  printf %s "$(address_of "$2")" | hexdump -v -e '1/1 "%02X"'
-}
+path_id() { address_of "$2" | awk -F : '{ printf "%03dF%02dF%04dF%04d", $1, $2, $3, $4 }'; }
 
 address_of() { basename "$(readlink "/sys/block/$1/device")"; }
 
