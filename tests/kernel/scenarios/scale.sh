@@ -1,8 +1,15 @@
 # shellcheck shell=busybox
 # 64 units of four paths: how the tool's list stands beside others' in the same boot, and what it asks of the kernel.
+# udev's usual rules start several programs for each of 256 disks, which takes minutes under emulation; the daemon
+# needs the disks' names only, and device-mapper its own two rules.
+find /lib/udev/rules.d -name '*.rules' ! -name 55-dm.rules ! -name 95-dm-notify.rules -delete
+echo 'SUBSYSTEM=="block", KERNEL=="sd*", PROGRAM="/bin/busybox sed s/naa./3/ /sys%p/device/wwid", ENV{ID_SERIAL}="%c"' \
+  >/lib/udev/rules.d/60-names.rules
 start_udev
 debug_units 64 4
+say "the disks are there after $(cut -d' ' -f1 /proc/uptime) s"
 start_daemon 64
+say "the maps are there after $(cut -d' ' -f1 /proc/uptime) s"
 
 # milliseconds COMMAND...: of the best of three runs, from a clock of hundredths of a second.
 milliseconds() {
