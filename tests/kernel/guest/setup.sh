@@ -2,7 +2,7 @@
 # Machines to try things on: disks with several paths, and the maps over them, made by the daemon or by hand.
 
 start_udev() {
-  modprobe -a dm_mod dm_multipath dm_round_robin dm_queue_length dm_service_time scsi_dh_alua sd_mod
+  modprobe -a dm_mod dm_zero dm_multipath dm_round_robin dm_queue_length dm_service_time scsi_dh_alua sd_mod
   /lib/systemd/systemd-udevd --daemon
   udevadm trigger --action=add
   udevadm settle --timeout=30
@@ -15,7 +15,7 @@ debug_units() {
   shift 2
   modprobe scsi_debug vpd_use_hostno=0 "add_host=$paths" "max_luns=$units" dev_size_mb=8 "$@"
   until_true 60 disk_count_is $((units * paths))
-  udevadm settle --timeout=120
+  [ ! -e /run/udev/control ] || udevadm settle --timeout=60
 }
 
 disk_count_is() { [ "$(ls -d /sys/block/sd* 2>/dev/null | wc -l)" -eq "$1" ]; }
@@ -78,10 +78,10 @@ table_of() {
 
 # maps_by_hand [SELECTOR] [FEATURES] [GROUPS]: a map for each unit, as the daemon would name it, without the daemon.
 maps_by_hand() {
-  local wwid letter=a
+  local wwid letters="a b c d e f g h"
   for wwid in $(wwids); do
-    table_of "$wwid" "$@" | dmsetup create "mpath$letter" -u "mpath-$wwid"
-    letter=$(echo "$letter" | tr 'a-y' 'b-z')
+    table_of "$wwid" "$@" | dmsetup create "mpath${letters%% *}" -u "mpath-$wwid"
+    letters=${letters#* }
   done
   udevadm settle --timeout=60
 }

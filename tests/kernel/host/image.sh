@@ -5,7 +5,7 @@
 
 # Modules by name; what they depend on follows by itself. crc32c_generic is named because ext4 asks for it by alias.
 guest_modules=(
-  dm_mod dm_multipath dm_round_robin dm_queue_length dm_service_time
+  dm_mod dm_zero dm_multipath dm_round_robin dm_queue_length dm_service_time
   scsi_dh_alua sd_mod scsi_debug tcm_loop target_core_file loop ext4 crc32c_generic
 )
 
