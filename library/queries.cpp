@@ -16,12 +16,7 @@ ObTypeID MPIOLogicalUnitPathGetTypeID(void) {
 ObArrayRef MPIOCopyLogicalUnits(void) {
   return withPool<ObArrayRef>([]() -> ObArrayRef {
     MPIOManagerRescan(MPIORescanAll, nullptr);
-    const auto& units = manager().logicalUnits;
-    if (!units) return nullptr;
-    ob::Array::Values handles;
-    handles.reserve(units->size());
-    for (const auto& [entryID, unit] : *units) handles.push_back(unit);
-    return handOut<ObArrayRef>(ob::Array::make(std::move(handles)));
+    return handOut<ObArrayRef>(allLogicalUnits());
   });
 }
 
@@ -74,7 +69,7 @@ MPIOLogicalUnitRef MPIOCopyLogicalUnitForService(MPIORegistryObject service) {
   if (service == 0) return nullptr;
   const auto [status, entryID] = sharedHost().registry().getEntryID(service);
   if (status != kSuccess) return nullptr;
-  return handOut<MPIOLogicalUnitRef>(ob::Ref<MPIOLogicalUnit>::retain(knownLogicalUnit(entryID)));
+  return handOut<MPIOLogicalUnitRef>(knownLogicalUnit(entryID));
 }
 
 MPIOLogicalUnitPathRef MPIOCopyLogicalUnitPathForService(MPIORegistryObject service) {
@@ -82,8 +77,7 @@ MPIOLogicalUnitPathRef MPIOCopyLogicalUnitPathForService(MPIORegistryObject serv
   return withPool<MPIOLogicalUnitPathRef>([&]() -> MPIOLogicalUnitPathRef {
     const auto [status, entryID] = sharedHost().registry().getEntryID(service);
     if (status != kSuccess) return nullptr;
-    return handOut<MPIOLogicalUnitPathRef>(
-        ob::Ref<MPIOLogicalUnitPath>::retain(knownPath(entryID)));
+    return handOut<MPIOLogicalUnitPathRef>(knownPath(entryID));
   });
 }
 

@@ -27,14 +27,15 @@ class MPIOLogicalUnit::Change {
   static constexpr Words kPathWords{"Unable to locate needed service in KsRegistry",
                                     "Unable to set property"};
 
-  explicit Change(MPIOLogicalUnit& unit) : unit_(unit), lock_(unit.logicalUnitMutex) {}
+  explicit Change(MPIOLogicalUnit& unit)
+      : unit_(unit), entry_(unit.host_.registry(), 0), lock_(unit.logicalUnitMutex) {}
 
   // False, with *failure where it is wanted, if the entry is gone or the driver refuses.
   bool write(const ob::Dictionary& request, const Words& words, const ob::Error** failure) {
     MPIODeviceRegistry& registry = unit_.host_.registry();
-    entry_.emplace(registry, registry.findServiceByEntryID(unit_.serviceEntryID_));
-    if (!*entry_) return fail(failure, words.notFound, kErrorServiceNotFound, std::nullopt);
-    const KernelStatus status = registry.setProperty(entry_->get(), registry::kProperties, request);
+    entry_.take(registry.findServiceByEntryID(unit_.serviceEntryID_));
+    if (!entry_) return fail(failure, words.notFound, kErrorServiceNotFound, std::nullopt);
+    const KernelStatus status = registry.setProperty(entry_.get(), registry::kProperties, request);
     if (status == kSuccess) return true;
     return fail(failure, words.refused, kErrorPropertyWriteFailed, status);
   }
@@ -47,7 +48,7 @@ class MPIOLogicalUnit::Change {
   }
 
   MPIOLogicalUnit& unit_;
-  std::optional<ScopedHandle> entry_;  // released after the lock, which ends first
+  ScopedHandle entry_;  // released after the lock, which ends first
   std::unique_lock<std::mutex> lock_;
 };
 

@@ -1,0 +1,90 @@
+// The in-memory backing: the contract of the seam, and what only this backing does.
+#include "model/memory/registry.hpp"
+
+#include <gmock/gmock.h>
+
+#include "tests/support/registry_contract.hpp"
+#include "tests/support/storage.hpp"
+
+namespace tavrenix::test {
+namespace {
+
+struct MemoryBacking {
+  MemoryBacking() { addStorage(host, {.units = 3, .paths = 2, .volumes = 2}); }
+  MPIODeviceRegistry& registry() { return host.registry(); }
+  EntryID unit() const { return unitID(1); }
+  EntryID absent() const { return 0xDEAD; }
+  std::size_t openHandles() { return host.registry().openHandles(); }
+
+  memory::MemoryHost host;
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(Memory, RegistryContract, MemoryBacking);
+
+std::vector<EntryID> walk(memory::MemoryRegistry& registry, EntryID from, std::uint32_t options) {
+  std::vector<EntryID> found;
+  forEachRelative(registry, from, options,
+                  [&](RegistryHandle entry) { found.push_back(registry.getEntryID(entry).value); });
+  return found;
+}
+
+TEST(MemoryRegistry, WalksDepthFirstDownAndLevelByLevelUp) {
+  memory::MemoryRegistry registry;
+  registry.addEntry(1, "A", {}, dictionary({}));
+  registry.addEntry(2, "A", {1}, dictionary({}));
+  registry.addEntry(3, "A", {1}, dictionary({}));
+  registry.addEntry(4, "A", {2, 3}, dictionary({}));  // two ways lead here
+  registry.addEntry(5, "A", {2}, dictionary({}));
+  EXPECT_THAT(walk(registry, 1, 1), testing::ElementsAre(2, 4, 5, 3));
+  EXPECT_THAT(walk(registry, 1, 0), testing::ElementsAre(2, 3));
+  EXPECT_THAT(walk(registry, 4, 3), testing::ElementsAre(2, 3, 1));
+  EXPECT_THAT(walk(registry, 4, 2), testing::ElementsAre(2, 3));
+  EXPECT_EQ(registry.openHandles(), 0u);
+}
+
+TEST(MemoryRegistry, RefusesTakenIDsMissingParentsAndClassCycles) {
+  memory::MemoryRegistry registry;
+  EXPECT_TRUE(registry.addEntry(1, "A", {}, dictionary({})));
+  EXPECT_FALSE(registry.addEntry(1, "A", {}, dictionary({})));
+  EXPECT_FALSE(registry.addEntry(2, "A", {1, 9}, dictionary({})));
+  EXPECT_TRUE(walk(registry, 1, 1).empty());  // nothing half done
+  EXPECT_TRUE(registry.defineClass("A", "B"));
+  EXPECT_TRUE(registry.defineClass("A", "B"));
+  EXPECT_FALSE(registry.defineClass("A", "C"));
+  EXPECT_FALSE(registry.defineClass("B", "A"));
+  EXPECT_FALSE(registry.defineClass("KsService", "A"));
+  const ScopedHandle entry(registry, registry.findServiceByEntryID(1));
+  EXPECT_TRUE(registry.conformsTo(entry.get(), "B"));
+}
+
+TEST(MemoryRegistry, AHandleOutlivesItsEntrysPlaceInTheTree) {
+  memory::MemoryRegistry registry;
+  registry.addEntry(1, "A", {}, dictionary({{"Name", text("one")}}));
+  registry.addEntry(2, "A", {1}, dictionary({}));
+  const ScopedHandle entry(registry, registry.findServiceByEntryID(1));
+  EXPECT_TRUE(registry.removeEntry(1));
+  EXPECT_FALSE(registry.removeEntry(1));
+  EXPECT_EQ(registry.getEntryID(entry.get()).value, 1u);
+  EXPECT_TRUE(registry.copyProperty(entry.get(), *ob::String::make("Name")));
+  EXPECT_NE(registry.setProperty(entry.get(), *ob::String::make("Name"), *text("two")), kSuccess);
+  EXPECT_TRUE(walk(registry, 2, 3).empty());
+  EXPECT_EQ(registry.openHandles(), 1u);
+}
+
+TEST(MemoryRegistry, WithoutHandlerAWriteBecomesAProperty) {
+  memory::MemoryRegistry registry;
+  registry.addEntry(1, "A", {}, dictionary({}));
+  const ScopedHandle entry(registry, registry.findServiceByEntryID(1));
+  EXPECT_EQ(registry.setProperty(entry.get(), *ob::String::make("Name"), *text("new")), kSuccess);
+  EXPECT_TRUE(registry.copyProperty(entry.get(), *ob::String::make("Name"))->equals(*text("new")));
+}
+
+TEST(MemoryRegistryDeathTest, EndsTheProcessOnADoubleRelease) {
+  memory::MemoryRegistry registry;
+  registry.addEntry(1, "A", {}, dictionary({}));
+  const RegistryHandle entry = registry.findServiceByEntryID(1);
+  registry.release(entry);
+  EXPECT_DEATH(registry.release(entry), "released twice");
+}
+
+}  // namespace
+}  // namespace tavrenix::test

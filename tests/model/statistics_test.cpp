@@ -1,0 +1,76 @@
+// The bytes that go to the driver's tunable and come back.
+#include "model/statistics.hpp"
+
+#include <gmock/gmock.h>
+
+#include <cstring>
+#include <vector>
+
+#include "model/logical_unit.hpp"
+#include "tests/support/storage.hpp"
+
+namespace tavrenix::test {
+namespace {
+
+using testing::ElementsAreArray;
+
+// Records requests and answers with a pattern.
+class RecordingTunable final : public MPIOKernelTunable {
+ public:
+  int sysctlbyname(const char* name, void* oldValue, std::size_t* oldLength, const void* newValue,
+                   std::size_t newLength) override {
+    lastName = name;
+    lastRoom = *oldLength;
+    const auto* bytes = static_cast<const std::uint8_t*>(newValue);
+    lastRequest.assign(bytes, bytes + newLength);
+    std::memset(oldValue, 0x11, *oldLength);
+    return 0;
+  }
+  std::string lastName;
+  std::size_t lastRoom = 0;
+  std::vector<std::uint8_t> lastRequest;
+};
+
+class RecordingHost final : public MPIOHost {
+ public:
+  MPIODeviceRegistry& registry() override { return memory.registry(); }
+  MPIOKernelTunable& tunable() override { return recorder; }
+  MPIODiskDescriptions& disks() override { return memory.disks(); }
+  std::uint32_t effectiveUser() override { return 0; }
+  memory::MemoryHost memory;
+  RecordingTunable recorder;
+};
+
+TEST(StatisticsRequests, AreTwentyFourBytesWithoutPadding) {
+  RecordingHost host;
+  const auto unit = MPIOLogicalUnit::initWithKsKitServiceEntry(host, 0x0102030405060708);
+  unit->grabStatsBuffer(0x0102030405060708);
+  EXPECT_EQ(host.recorder.lastName, "debug.SCSIMPIOStatistics");
+  EXPECT_EQ(host.recorder.lastRoom, 24u);
+  const std::uint8_t unitRequest[] = {0x53, 0x4D, 0x41, 0x53, 0, 0, 0, 0, 8, 7, 6, 5,
+                                      4,    3,    2,    1,    0, 0, 0, 0, 0, 0, 0, 0};
+  EXPECT_THAT(host.recorder.lastRequest, ElementsAreArray(unitRequest));
+
+  const auto path = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, 0x11, unit.get());
+  SCSIPathStatistics record;
+  EXPECT_TRUE(path->grabPathStatsBuffer(0x2233, &record, nullptr));
+  EXPECT_EQ(host.recorder.lastRoom, 25u);
+  EXPECT_EQ(record.state, 0x11);
+  const std::uint8_t pathRequest[] = {0x53, 0x4D, 0x41, 0x53, 1,    0,    0, 0, 8, 7, 6, 5,
+                                      4,    3,    2,    1,    0x33, 0x22, 0, 0, 0, 0, 0, 0};
+  EXPECT_THAT(host.recorder.lastRequest, ElementsAreArray(pathRequest));
+}
+
+TEST(StatisticsRequests, OfAPathNameTheUnitItWasMadeFor) {
+  RecordingHost host;
+  auto unit = MPIOLogicalUnit::initWithKsKitServiceEntry(host, 5);
+  const auto path = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, 6, unit.get());
+  unit->addPath(path.get(), 6);
+  unit->removePath(path.get());
+  unit = nullptr;
+  EXPECT_TRUE(path->isEnabled(nullptr));
+  EXPECT_EQ(host.recorder.lastRequest[8], 5);
+}
+
+}  // namespace
+}  // namespace tavrenix::test

@@ -1,0 +1,154 @@
+#include "tests/support/watched.hpp"
+
+#include <numeric>
+
+namespace tavrenix::test {
+
+using Lock = std::lock_guard<std::mutex>;
+
+void Watch::failAt(std::size_t position) {
+  const Lock lock(mutex_);
+  failAt_ = position;
+}
+
+void Watch::failAll(Operation operation) {
+  const Lock lock(mutex_);
+  failAll_ = operation;
+}
+
+void Watch::reset() {
+  const Lock lock(mutex_);
+  counts_ = {};
+  position_ = 0;
+  failAt_ = kNone;
+  failAll_ = Operation::kCount;
+}
+
+bool Watch::fails(Operation operation) {
+  const Lock lock(mutex_);
+  ++counts_[static_cast<std::size_t>(operation)];
+  if (operation == Operation::kRelease) return false;
+  return position_++ == failAt_ || operation == failAll_;
+}
+
+std::size_t Watch::count(Operation operation) const {
+  const Lock lock(mutex_);
+  return counts_[static_cast<std::size_t>(operation)];
+}
+
+std::size_t Watch::registryOperations() const {
+  const Lock lock(mutex_);
+  return std::accumulate(counts_.begin(), counts_.begin() + static_cast<int>(Operation::kRelease),
+                         std::size_t{0});
+}
+
+std::size_t Watch::failable() const {
+  const Lock lock(mutex_);
+  return position_;
+}
+
+RegistryHandle WatchedRegistry::findServiceByEntryID(EntryID entryID) {
+  return watch_.fails(Operation::kFindServiceByEntryID) ? 0 : inner_.findServiceByEntryID(entryID);
+}
+
+RegistryResult<RegistryHandle> WatchedRegistry::findServicesByEntryID(EntryID entryID) {
+  if (watch_.fails(Operation::kFindServicesByEntryID)) return {kInjectedStatus, 0};
+  return inner_.findServicesByEntryID(entryID);
+}
+
+RegistryResult<RegistryHandle> WatchedRegistry::findServicesByClass(std::string_view className) {
+  if (watch_.fails(Operation::kFindServicesByClass)) return {kInjectedStatus, 0};
+  return inner_.findServicesByClass(className);
+}
+
+RegistryResult<ob::Ref<const ob::Dictionary>> WatchedRegistry::copyProperties(
+    RegistryHandle entry) {
+  if (watch_.fails(Operation::kCopyProperties)) return {kInjectedStatus, nullptr};
+  return inner_.copyProperties(entry);
+}
+
+ob::Ref<const ob::Object> WatchedRegistry::copyProperty(RegistryHandle entry,
+                                                        const ob::String& name) {
+  if (watch_.fails(Operation::kCopyProperty)) return nullptr;
+  return inner_.copyProperty(entry, name);
+}
+
+ob::Ref<const ob::Object> WatchedRegistry::searchProperty(RegistryHandle entry,
+                                                          std::string_view plane,
+                                                          const ob::String& name,
+                                                          std::uint32_t options) {
+  if (watch_.fails(Operation::kSearchProperty)) return nullptr;
+  return inner_.searchProperty(entry, plane, name, options);
+}
+
+KernelStatus WatchedRegistry::setProperty(RegistryHandle entry, const ob::String& name,
+                                          const ob::Object& value) {
+  if (watch_.fails(Operation::kSetProperty)) return kInjectedStatus;
+  return inner_.setProperty(entry, name, value);
+}
+
+RegistryResult<RegistryHandle> WatchedRegistry::createIterator(RegistryHandle entry,
+                                                               std::string_view plane,
+                                                               std::uint32_t options) {
+  if (watch_.fails(Operation::kCreateIterator)) return {kInjectedStatus, 0};
+  return inner_.createIterator(entry, plane, options);
+}
+
+RegistryHandle WatchedRegistry::iteratorNext(RegistryHandle iterator) {
+  return watch_.fails(Operation::kIteratorNext) ? 0 : inner_.iteratorNext(iterator);
+}
+
+bool WatchedRegistry::conformsTo(RegistryHandle entry, std::string_view className) {
+  return !watch_.fails(Operation::kConformsTo) && inner_.conformsTo(entry, className);
+}
+
+RegistryResult<EntryID> WatchedRegistry::getEntryID(RegistryHandle entry) {
+  if (watch_.fails(Operation::kGetEntryID)) return {kInjectedStatus, 0};
+  return inner_.getEntryID(entry);
+}
+
+void WatchedRegistry::release(RegistryHandle handle) {
+  watch_.fails(Operation::kRelease);
+  inner_.release(handle);
+  if (watch_.onRelease) watch_.onRelease();
+}
+
+RegistryPort WatchedRegistry::createNotificationPort() {
+  return watch_.fails(Operation::kCreateNotificationPort) ? 0 : inner_.createNotificationPort();
+}
+
+void WatchedRegistry::setDispatchQueue(RegistryPort port, ob::DispatchQueue& queue) {
+  inner_.setDispatchQueue(port, queue);
+}
+
+ob::Ref<ob::RunLoopSource> WatchedRegistry::getRunLoopSource(RegistryPort port) {
+  return watch_.fails(Operation::kGetRunLoopSource) ? nullptr : inner_.getRunLoopSource(port);
+}
+
+void WatchedRegistry::destroyNotificationPort(RegistryPort port) {
+  inner_.destroyNotificationPort(port);
+}
+
+ob::Ref<const ob::Dictionary> WatchedRegistry::classMatching(std::string_view className) {
+  return watch_.fails(Operation::kClassMatching) ? nullptr : inner_.classMatching(className);
+}
+
+RegistryResult<RegistryHandle> WatchedRegistry::addMatchingNotification(
+    RegistryPort port, std::string_view kind, ob::Ref<const ob::Dictionary> matching,
+    NotificationDelivery deliver) {
+  if (watch_.fails(Operation::kAddMatchingNotification)) return {kInjectedStatus, 0};
+  return inner_.addMatchingNotification(port, kind, std::move(matching), std::move(deliver));
+}
+
+int WatchedTunable::sysctlbyname(const char* name, void* oldValue, std::size_t* oldLength,
+                                 const void* newValue, std::size_t newLength) {
+  if (watch_.fails(Operation::kTunable)) return -1;
+  return inner_.sysctlbyname(name, oldValue, oldLength, newValue, newLength);
+}
+
+std::optional<DiskDescription> WatchedDisks::describe(RegistryHandle media) {
+  if (watch_.fails(Operation::kDescribe)) return std::nullopt;
+  return inner_.describe(media);
+}
+
+}  // namespace tavrenix::test

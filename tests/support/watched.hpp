@@ -1,0 +1,139 @@
+// Forwarding wrappers over the seams of a host: they count every operation and fail the one that
+// they are told to. What they wrap needs no change.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+
+#include "model/memory/host.hpp"
+
+namespace tavrenix::test {
+
+enum class Operation : std::size_t {
+  kFindServiceByEntryID,
+  kFindServicesByEntryID,
+  kFindServicesByClass,
+  kCopyProperties,
+  kCopyProperty,
+  kSearchProperty,
+  kSetProperty,
+  kCreateIterator,
+  kIteratorNext,
+  kConformsTo,
+  kGetEntryID,
+  kCreateNotificationPort,
+  kGetRunLoopSource,
+  kClassMatching,
+  kAddMatchingNotification,
+  kRelease,  // counted, never failed
+  kTunable,
+  kDescribe,
+  kCount,
+};
+
+inline constexpr KernelStatus kInjectedStatus = -536870212;
+
+// Counts operations and decides which fails. Any thread.
+class Watch {
+ public:
+  using Counts = std::array<std::size_t, static_cast<std::size_t>(Operation::kCount)>;
+
+  // Fails the operation at that position, counted from 0 over all operations that can fail.
+  void failAt(std::size_t position);
+  // Fails every operation of that kind.
+  void failAll(Operation operation);
+  // Fails nothing and starts the counts anew.
+  void reset();
+
+  bool fails(Operation operation);
+  std::size_t count(Operation operation) const;
+  // Registry operations, release and the neighbouring seams left out.
+  std::size_t registryOperations() const;
+  // All that failAt can reach.
+  std::size_t failable() const;
+
+  // Called by each release, after it, if set.
+  std::function<void()> onRelease;
+
+ private:
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+  mutable std::mutex mutex_;
+  Counts counts_{};
+  std::size_t position_ = 0;
+  std::size_t failAt_ = kNone;
+  Operation failAll_ = Operation::kCount;
+};
+
+class WatchedRegistry final : public MPIODeviceRegistry {
+ public:
+  WatchedRegistry(MPIODeviceRegistry& inner, Watch& watch) : inner_(inner), watch_(watch) {}
+  RegistryHandle findServiceByEntryID(EntryID entryID) override;
+  RegistryResult<RegistryHandle> findServicesByEntryID(EntryID entryID) override;
+  RegistryResult<RegistryHandle> findServicesByClass(std::string_view className) override;
+  RegistryResult<ob::Ref<const ob::Dictionary>> copyProperties(RegistryHandle entry) override;
+  ob::Ref<const ob::Object> copyProperty(RegistryHandle entry, const ob::String& name) override;
+  ob::Ref<const ob::Object> searchProperty(RegistryHandle entry, std::string_view plane,
+                                           const ob::String& name, std::uint32_t options) override;
+  KernelStatus setProperty(RegistryHandle entry, const ob::String& name,
+                           const ob::Object& value) override;
+  RegistryResult<RegistryHandle> createIterator(RegistryHandle entry, std::string_view plane,
+                                                std::uint32_t options) override;
+  RegistryHandle iteratorNext(RegistryHandle iterator) override;
+  bool conformsTo(RegistryHandle entry, std::string_view className) override;
+  RegistryResult<EntryID> getEntryID(RegistryHandle entry) override;
+  void release(RegistryHandle handle) override;
+  RegistryPort createNotificationPort() override;
+  void setDispatchQueue(RegistryPort port, ob::DispatchQueue& queue) override;
+  ob::Ref<ob::RunLoopSource> getRunLoopSource(RegistryPort port) override;
+  void destroyNotificationPort(RegistryPort port) override;
+  ob::Ref<const ob::Dictionary> classMatching(std::string_view className) override;
+  RegistryResult<RegistryHandle> addMatchingNotification(RegistryPort port, std::string_view kind,
+                                                         ob::Ref<const ob::Dictionary> matching,
+                                                         NotificationDelivery deliver) override;
+
+ private:
+  MPIODeviceRegistry& inner_;
+  Watch& watch_;
+};
+
+class WatchedTunable final : public MPIOKernelTunable {
+ public:
+  WatchedTunable(MPIOKernelTunable& inner, Watch& watch) : inner_(inner), watch_(watch) {}
+  int sysctlbyname(const char* name, void* oldValue, std::size_t* oldLength, const void* newValue,
+                   std::size_t newLength) override;
+
+ private:
+  MPIOKernelTunable& inner_;
+  Watch& watch_;
+};
+
+class WatchedDisks final : public MPIODiskDescriptions {
+ public:
+  WatchedDisks(MPIODiskDescriptions& inner, Watch& watch) : inner_(inner), watch_(watch) {}
+  std::optional<DiskDescription> describe(RegistryHandle media) override;
+
+ private:
+  MPIODiskDescriptions& inner_;
+  Watch& watch_;
+};
+
+// A host in memory with every seam watched.
+class WatchedHost final : public MPIOHost {
+ public:
+  memory::MemoryHost memory;
+  Watch watch;
+
+  MPIODeviceRegistry& registry() override { return registry_; }
+  MPIOKernelTunable& tunable() override { return tunable_; }
+  MPIODiskDescriptions& disks() override { return disks_; }
+  std::uint32_t effectiveUser() override { return memory.effectiveUser(); }
+
+ private:
+  WatchedRegistry registry_{memory.registry(), watch};
+  WatchedTunable tunable_{memory.tunable(), watch};
+  WatchedDisks disks_{memory.disks(), watch};
+};
+
+}  // namespace tavrenix::test
