@@ -27,15 +27,20 @@ class MPIOLogicalUnit::Change {
   static constexpr Words kPathWords{"Unable to locate needed service in KsRegistry",
                                     "Unable to set property"};
 
-  explicit Change(MPIOLogicalUnit& unit)
-      : unit_(unit), entry_(unit.host_.registry(), 0), lock_(unit.logicalUnitMutex) {}
+  explicit Change(MPIOLogicalUnit& unit) : unit_(unit), lock_(unit.logicalUnitMutex) {}
+  Change(const Change&) = delete;
+  Change& operator=(const Change&) = delete;
+  ~Change() {
+    lock_.unlock();
+    if (entry_ != 0) unit_.host_.registry().release(entry_);  // after the lock
+  }
 
   // False, with *failure where it is wanted, if the entry is gone or the driver refuses.
   bool write(const ob::Dictionary& request, const Words& words, const ob::Error** failure) {
     MPIODeviceRegistry& registry = unit_.host_.registry();
-    entry_.take(registry.findServiceByEntryID(unit_.serviceEntryID_));
-    if (!entry_) return fail(failure, words.notFound, kErrorServiceNotFound, std::nullopt);
-    const KernelStatus status = registry.setProperty(entry_.get(), registry::kProperties, request);
+    entry_ = registry.findServiceByEntryID(unit_.serviceEntryID_);
+    if (entry_ == 0) return fail(failure, words.notFound, kErrorServiceNotFound, std::nullopt);
+    const KernelStatus status = registry.setProperty(entry_, registry::kProperties, request);
     if (status == kSuccess) return true;
     return fail(failure, words.refused, kErrorPropertyWriteFailed, status);
   }
@@ -48,7 +53,7 @@ class MPIOLogicalUnit::Change {
   }
 
   MPIOLogicalUnit& unit_;
-  ScopedHandle entry_;  // released after the lock, which ends first
+  RegistryHandle entry_ = 0;
   std::unique_lock<std::mutex> lock_;
 };
 

@@ -110,11 +110,6 @@ class ScopedHandle {
   ~ScopedHandle() {
     if (handle_ != 0) registry_.release(handle_);
   }
-  // Holds this one instead.
-  void take(RegistryHandle handle) {
-    if (handle_ != 0) registry_.release(handle_);
-    handle_ = handle;
-  }
   RegistryHandle get() const noexcept { return handle_; }
   explicit operator bool() const noexcept { return handle_ != 0; }
 

@@ -1,0 +1,59 @@
+#include "bench/goals.hpp"
+
+#include "bench/library_bench.hpp"
+
+namespace tavrenix::bench {
+
+void Recorder::ReportRuns(const std::vector<Run>& runs) {
+  ConsoleReporter::ReportRuns(runs);
+  for (const Run& run : runs) {
+    if (!run.error_occurred) times_[run.benchmark_name()] = run.GetAdjustedRealTime();
+  }
+}
+
+double Recorder::time(const std::string& name) const {
+  const auto found = times_.find(name);
+  return found == times_.end() ? 0 : found->second;
+}
+
+namespace {
+
+void printGoal(std::FILE* out, const std::string& figure, double value, double goal) {
+  if (value <= 0) return;  // not measured in this run
+  std::fprintf(out, "%-62s %10.2f %10.2f %8.2f %s\n", figure.c_str(), value, goal, value / goal,
+               value <= goal ? "met" : "NOT MET");
+}
+
+double ratio(const Recorder& recorder, const std::string& measured, const std::string& floor,
+             const std::string& size) {
+  const double below = recorder.time(floor + "/" + size);
+  return below <= 0 ? 0 : recorder.time(measured + "/" + size) / below;
+}
+
+// Cost of a unit at 100,000 units to that at 1,000.
+double growth(const Recorder& recorder, const std::string& name) {
+  const double small = recorder.time(name + "/1000") / 1'000;
+  return small <= 0 ? 0 : recorder.time(name + "/100000") / 100'000 / small;
+}
+
+}  // namespace
+
+void printGoals(std::FILE* out, const Recorder& recorder) {
+  std::fprintf(out, "\n%-62s %10s %10s %8s\n", "figure", "value", "goal", "of goal");
+  for (const char* name : {"first_scan", "first_scan_and_list", "list_again"}) {
+    printGoal(out, std::string(name) + ": cost of a unit at 100,000 to that at 1,000",
+              growth(recorder, name), 1.5);
+  }
+  for (const char* size : {"100", "1000", "10000", "100000"}) {
+    const std::string units = std::string(size) + " units";
+    printGoal(out, "first scan and list, times its floor, " + units,
+              ratio(recorder, "first_scan_and_list", "first_scan_and_list_floor", size), 8);
+    printGoal(out, "list again, times its floor, " + units,
+              ratio(recorder, "list_again", "list_floor", size), 5);
+  }
+  const Memory memory = measureMemory();
+  printGoal(out, "KiB of memory a path", memory.bytesPerPath / 1024, 2);
+  printGoal(out, "KiB of memory a unit", memory.bytesPerUnit / 1024, 4);
+}
+
+}  // namespace tavrenix::bench

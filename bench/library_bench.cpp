@@ -1,0 +1,185 @@
+#include "bench/library_bench.hpp"
+
+#include <benchmark/benchmark.h>
+#include <tavrenix/mpio.h>
+
+#include <memory>
+
+#include "bench/allocation.hpp"
+#include "bench/floor.hpp"
+#include "bench/host.hpp"
+#include "cli/main.hpp"
+#include "tests/support/storage.hpp"
+
+namespace tavrenix::bench {
+
+namespace {
+
+constexpr std::uint64_t kPaths = 8;
+
+std::uint64_t unitsOf(const benchmark::State& state) {
+  return static_cast<std::uint64_t>(state.range(0));
+}
+
+memory::MemoryHost& hostFor(const benchmark::State& state) {
+  return hostWith(unitsOf(state), kPaths);
+}
+
+// Leaves the manager with everything scanned.
+void settle() {
+  ObRelease(MPIOCopyLogicalUnits());
+}
+
+void runTool(std::initializer_list<const char*> words) {
+  std::vector<char*> argv;
+  for (const char* word : words) argv.push_back(const_cast<char*>(word));
+  argv.push_back(nullptr);
+  tavrenixMain(
+      static_cast<int>(words.size()), argv.data(), +[]() -> std::uint32_t { return 0; });
+  std::fflush(stdout);
+}
+
+void firstScan(benchmark::State& state) {
+  auto& host = hostFor(state);
+  for (auto _ : state) {
+    test::touch(host);
+    settle();
+  }
+}
+
+void firstScanAndList(benchmark::State& state) {
+  auto& host = hostFor(state);
+  for (auto _ : state) {
+    test::touch(host);
+    runTool({"tavrenix", "list"});
+  }
+}
+
+void listAgain(benchmark::State& state) {
+  hostFor(state);
+  settle();
+  for (auto _ : state) runTool({"tavrenix", "list"});
+}
+
+void info(benchmark::State& state) {
+  hostFor(state);
+  settle();
+  std::string identifier;
+  for (const std::uint8_t byte : test::unitIdentifier(unitsOf(state) - 1)) {
+    char digits[3];
+    std::snprintf(digits, sizeof digits, "%.2X", byte);
+    identifier += digits;
+  }
+  for (auto _ : state) runTool({"tavrenix", "info", "-i", identifier.c_str()});
+}
+
+// Copies the properties of one element after the other.
+void copyProperties(benchmark::State& state, ObArrayRef elements,
+                    ObDictionaryRef (*copy)(const void*)) {
+  const std::size_t count = ObArrayGetCount(elements);
+  std::size_t next = 0;
+  for (auto _ : state) {
+    ObRelease(copy(ObArrayGetValueAtIndex(elements, next)));
+    next = next + 1 == count ? 0 : next + 1;
+  }
+  ObRelease(elements);
+}
+
+void unitProperties(benchmark::State& state) {
+  hostFor(state);
+  copyProperties(state, MPIOCopyLogicalUnits(), [](const void* unit) {
+    return MPIOLogicalUnitCopyProperties(static_cast<MPIOLogicalUnitRef>(unit));
+  });
+}
+
+void pathProperties(benchmark::State& state) {
+  hostFor(state);
+  ObArrayRef units = MPIOCopyLogicalUnits();
+  const auto* first = static_cast<MPIOLogicalUnitRef>(ObArrayGetValueAtIndex(units, 0));
+  copyProperties(state, MPIOLogicalUnitCopyPaths(first), [](const void* path) {
+    return MPIOLogicalUnitPathCopyProperties(static_cast<MPIOLogicalUnitPathRef>(path));
+  });
+  ObRelease(units);
+}
+
+// The floor over the same storage, kept for as long as that storage stands.
+const Floor& floorFor(const benchmark::State& state) {
+  static std::uint64_t units = 0;
+  static std::unique_ptr<Floor> floor;
+  if (units != unitsOf(state)) {
+    floor = std::make_unique<Floor>(hostFor(state), unitsOf(state), kPaths);
+    units = unitsOf(state);
+  }
+  return *floor;
+}
+
+void firstScanAndListFloor(benchmark::State& state) {
+  const Floor& floor = floorFor(state);
+  for (auto _ : state) {
+    floor.scan();
+    floor.list(stdout);
+    std::fflush(stdout);
+  }
+}
+
+template <class Work>
+void floorOf(benchmark::State& state, Work work) {
+  const Floor& floor = floorFor(state);
+  for (auto _ : state) work(floor);
+}
+
+std::int64_t bytesKept(std::uint64_t paths) {
+  auto& host = hostWith(10'000, paths);
+  host.tunable().setGeneration(0);
+  const std::int64_t before = allocatedBytes();
+  test::touch(host);
+  settle();
+  return allocatedBytes() - before;
+}
+
+}  // namespace
+
+Memory measureMemory() {
+  // The host is made with its storage already scanned, so forget it first by a scan of nothing.
+  const auto kept = [](std::uint64_t paths) {
+    const auto full = static_cast<double>(bytesKept(paths));
+    return full;
+  };
+  const double bare = kept(0), whole = kept(kPaths);
+  return {(whole - bare) / 10'000 / kPaths, bare / 10'000};
+}
+
+void registerLibraryBenchmarks() {
+  const auto add = [](const char* name, std::int64_t size, auto function) {
+    benchmark::RegisterBenchmark(name, function)->Arg(size)->Unit(benchmark::kMicrosecond);
+  };
+  for (const std::int64_t size :
+       {100, 1'000, 10'000, 100'000}) {  // size by size: storage is made once each
+    add("first_scan", size, firstScan);
+    add("first_scan_floor", size,
+        [](benchmark::State& state) { floorOf(state, [](const Floor& floor) { floor.scan(); }); });
+    add("first_scan_and_list", size, firstScanAndList);
+    add("first_scan_and_list_floor", size, firstScanAndListFloor);
+    add("list_again", size, listAgain);
+    add("list_floor", size, [](benchmark::State& state) {
+      floorOf(state, [](const Floor& floor) {
+        floor.list(stdout);
+        std::fflush(stdout);
+      });
+    });
+    add("info_of_the_last", size, info);
+    add("info_floor", size, [](benchmark::State& state) {
+      floorOf(state, [](const Floor& floor) { floor.info(stdout); });
+    });
+    add("unit_properties", size, unitProperties);
+    add("unit_properties_floor", size, [](benchmark::State& state) {
+      floorOf(state, [](const Floor& floor) { floor.unitProperties(0); });
+    });
+    add("path_properties", size, pathProperties);
+    add("path_properties_floor", size, [](benchmark::State& state) {
+      floorOf(state, [](const Floor& floor) { floor.pathProperties(0); });
+    });
+  }
+}
+
+}  // namespace tavrenix::bench

@@ -1,0 +1,29 @@
+// Runs the benchmarks. What the measured tool prints goes to /dev/null, the figures to standard
+// output.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iostream>
+
+#include "bench/goals.hpp"
+#include "bench/library_bench.hpp"
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+  std::FILE* out = fdopen(dup(STDOUT_FILENO), "w");
+  if (out == nullptr || std::freopen("/dev/null", "w", stdout) == nullptr) return 1;
+  std::ofstream figures("/dev/fd/" + std::to_string(fileno(out)));
+
+  tavrenix::bench::registerLibraryBenchmarks();
+  tavrenix::bench::Recorder recorder;
+  recorder.SetOutputStream(&figures);
+  recorder.SetErrorStream(&std::cerr);
+  benchmark::RunSpecifiedBenchmarks(&recorder);
+  figures.flush();
+  tavrenix::bench::printGoals(out, recorder);
+  std::fclose(out);
+  return 0;
+}

@@ -1,0 +1,159 @@
+#include "lab/host.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+#include "lab/driver.hpp"
+#include "lab/image_file.hpp"
+
+namespace tavrenix::lab {
+
+namespace {
+
+using Lock = std::lock_guard<std::mutex>;
+
+// Runs the operation on the file of that name; whatever fails becomes an ImageError that names it.
+template <class Operation>
+auto onFile(const std::string& path, const Operation& operation) {
+  const std::string name = printable(path, 1024);
+  try {
+    return operation();
+  } catch (const std::system_error& error) {
+    throw ImageError(name + ": " + error.what());
+  } catch (const ImageError& error) {
+    throw ImageError(name + ": " + error.what());
+  }
+}
+
+}  // namespace
+
+SimulatedHost::SimulatedHost(Report report) : report_(std::move(report)) {
+  memory_.registry().setWriteHandler(
+      [this](EntryID entryID, const ob::String& name, const ob::Object& value) {
+        return write(entryID, name, value);
+      });
+}
+
+void SimulatedHost::load(const std::string& path) {
+  const Lock lock(changing_);
+  onFile(path, [&] {
+    std::string real = resolved(path);
+    adopt(parse(readImageFile(real)));
+    path_ = path;
+    resolvedPath_ = std::move(real);
+  });
+}
+
+void SimulatedHost::reload() {
+  const Lock lock(changing_);
+  onFile(path_, [&] { adopt(parse(readImageFile(resolvedPath_))); });
+}
+
+KernelStatus SimulatedHost::write(EntryID entryID, const ob::String& name,
+                                  const ob::Object& value) {
+  const Lock lock(changing_);
+  const std::string file = printable(path_, 1024);
+  try {
+    const LockedImageFile locked(resolvedPath_);
+    Image next = parse(locked.read());
+    const auto ordered = next.takeWriteStatus();
+    KernelStatus status = ordered.value_or(kSuccess);
+    if (status == kSuccess) status = actOnWrite(next, entryID, name, value);
+    // A refusal changes the file only where it was one of those that wait in it.
+    if (ordered || status == kSuccess) locked.replace(next.text());
+    adopt(std::move(next));
+    return status;
+  } catch (const std::system_error& error) {
+    report_(file + ": " + error.what());
+    return -error.code().value();
+  } catch (const ImageError& error) {
+    report_(file + ": " + error.what());
+    return -EINVAL;
+  }
+}
+
+void SimulatedHost::adopt(Image next) {
+  for (const auto& [name, base] : next.classes().bases())
+    memory_.registry().defineClass(name, base);
+  ob::NumberMap<bool> kept;
+  for (const std::size_t at : next.parentsFirst()) {
+    const ImageEntry& entry = next.entries()[at];
+    const ImageEntry* old = image_.find(entry.id);
+    bool stays =
+        old != nullptr && old->className == entry.className && old->parents == entry.parents;
+    for (const EntryID parent : entry.parents) stays = stays && kept.contains(parent);
+    if (stays) kept.set(entry.id, true);
+  }
+  const auto& oldOrder = image_.parentsFirst();
+  for (auto at = oldOrder.rbegin(); at != oldOrder.rend(); ++at) {
+    const ImageEntry& old = image_.entries()[*at];
+    if (!kept.contains(old.id)) remove(old);
+  }
+  for (const std::size_t at : next.parentsFirst()) {
+    const ImageEntry& entry = next.entries()[at];
+    kept.contains(entry.id) ? update(entry) : add(entry);
+  }
+  memory_.setEffectiveUser(next.effectiveUser());
+  // Last, because it is what makes others look.
+  memory_.tunable().setGeneration(next.generation());
+  image_ = std::move(next);
+}
+
+// A class that the host shows entries of, or derives others from, keeps its base.
+Image SimulatedHost::parse(std::string_view text) const {
+  Image next = Image::parse(text);
+  const Classes& classes = image_.classes();
+  const Place top;
+  const Place place = top.at("classes");
+  for (const auto& [name, base] : classes.bases()) {
+    const auto found = next.classes().bases().find(name);
+    if (found == next.classes().bases().end() || found->second != base) {
+      place.at(name).refuse("the class cannot change while the host runs");
+    }
+  }
+  for (const auto& member : next.classes().bases()) {
+    const std::string& name = member.first;
+    const bool isNew = !classes.bases().contains(name);
+    const auto isOne = [&](const ImageEntry& entry) {
+      return classes.conforms(entry.className, name);
+    };
+    if (isNew && std::any_of(image_.entries().begin(), image_.entries().end(), isOne)) {
+      place.at(name).refuse("the class cannot change while the host runs");
+    }
+  }
+  return next;
+}
+
+void SimulatedHost::remove(const ImageEntry& entry) {
+  memory_.registry().removeEntry(entry.id);
+  memory_.tunable().forget(entry.id);
+  memory_.disks().forget(entry.id);
+}
+
+// What belongs to the entry is there before the entry is, and so whoever meets it finds all of it.
+void SimulatedHost::add(const ImageEntry& entry) {
+  publish(entry);
+  memory_.registry().addEntry(entry.id, entry.className, entry.parents, entry.properties);
+}
+
+void SimulatedHost::update(const ImageEntry& entry) {
+  publish(entry);
+  memory_.registry().replaceProperties(entry.id, entry.properties);
+}
+
+void SimulatedHost::publish(const ImageEntry& entry) {
+  memory::MemoryTunable& tunable = memory_.tunable();
+  const auto& record = entry.statistics;
+  if (!record) {
+    tunable.forget(entry.id);
+  } else if (entry.isPath) {
+    tunable.setPathStatistics(entry.id, *record);
+  } else {
+    tunable.setLogicalUnitStatistics(
+        entry.id, {record->bytesSent, record->bytesReceived, record->commandsProcessed});
+  }
+  entry.disk ? memory_.disks().set(entry.id, *entry.disk) : memory_.disks().forget(entry.id);
+}
+
+}  // namespace tavrenix::lab

@@ -1,0 +1,55 @@
+// The simulated host: an in-memory host that shows what an image file says, and whose driver
+// answers writes by changing that file.
+//
+// Threads: every operation may be called on any thread; changes are made one after the other.
+#pragma once
+
+#include <functional>
+
+#include "lab/image.hpp"
+#include "model/memory/host.hpp"
+
+namespace tavrenix::lab {
+
+class SimulatedHost {
+ public:
+  // Is told, in one line without its end, of what no status can carry.
+  using Report = std::function<void(std::string_view line)>;
+
+  // Not ready, generation 0, until an image is loaded.
+  explicit SimulatedHost(Report report);
+  SimulatedHost(const SimulatedHost&) = delete;
+  SimulatedHost& operator=(const SimulatedHost&) = delete;
+
+  // Once: reads the image file and shows it from then on. Throws ImageError with the path in front;
+  // then the host is as it was.
+  void load(const std::string& path);
+  // Reads the file again. As load in its failures.
+  void reload();
+
+  memory::MemoryHost& memory() noexcept { return memory_; }
+
+ private:
+  KernelStatus write(EntryID entryID, const ob::String& name, const ob::Object& value);
+  // Makes the live host show next instead of what it shows, by as few arrivals and departures as
+  // can be: an entry stays unless it, its class, its parents or one of its ancestors went.
+  void adopt(Image next);
+  // The image in text; throws ImageError where the live host could not show it.
+  Image parse(std::string_view text) const;
+  void remove(const ImageEntry& entry);
+  void add(const ImageEntry& entry);
+  void update(const ImageEntry& entry);
+  void publish(const ImageEntry& entry);
+
+  memory::MemoryHost memory_;
+  Report report_;
+  std::mutex changing_;  // guards what follows, and the order of changes to memory_
+  std::string path_;     // as the caller named it, for messages
+  std::string resolvedPath_;
+  Image image_;
+};
+
+// The one of this process; sharedHost() is its memory().
+SimulatedHost& simulatedHost();
+
+}  // namespace tavrenix::lab

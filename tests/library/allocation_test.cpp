@@ -1,0 +1,84 @@
+// Memory runs out, at every allocation of a client's session: calls fail, nothing leaks, nothing is
+// thrown.
+#include <gtest/gtest.h>
+
+#include "tests/library/failing_new.hpp"
+#include "tests/library/scenario.hpp"
+
+namespace tavrenix::test {
+namespace {
+
+class Allocation : public testing::Test {
+ protected:
+  Allocation() { addStorage(host->memory, {.units = 2, .paths = 2, .volumes = 1}); }
+  ~Allocation() override { EXPECT_EQ(host->memory.registry().openHandles(), 0u); }
+  LibraryHost host;
+};
+
+// Runs call with its first allocation failing; whether there was one to fail.
+template <class Call>
+bool failsFirst(Call call) {
+  failAllocationAfter(0);
+  call();
+  return allocationFailed();
+}
+
+TEST_F(Allocation, WithoutPoolACallReturnsItsFailureValueAndNoError) {
+  const Handles handles;
+  const auto paths = handles.paths();
+  const auto unit = handles.unit();
+  const auto path = at<MPIOLogicalUnitPathRef>(paths, 0);
+  Owned<ObErrorRef> error;
+  host->watch.reset();
+  const void* results[] = {nullptr, nullptr, nullptr};
+  EXPECT_TRUE(failsFirst([&] { results[0] = MPIOCopyLogicalUnits(); }));
+  EXPECT_TRUE(failsFirst([&] { results[1] = MPIOLogicalUnitCopyProperties(unit); }));
+  EXPECT_TRUE(failsFirst([&] { results[2] = MPIOLogicalUnitCopyPaths(unit); }));
+  for (const void* result : results) EXPECT_EQ(result, nullptr);
+  bool done = true;
+  // A path handle where a unit is wanted: without a pool not even that is told.
+  const auto wrong = static_cast<MPIOLogicalUnitRef>(static_cast<const void*>(path));
+  EXPECT_TRUE(failsFirst([&] { done = MPIOLogicalUnitSetBatchCount(wrong, 0, error.out()); }));
+  EXPECT_FALSE(done);
+  EXPECT_FALSE(error);
+  EXPECT_EQ(host->watch.failable(), 0u);  // nothing was asked of the host
+}
+
+TEST_F(Allocation, OnlyTheLookUpOfAUnitByServiceMakesNoPool) {
+  const Handles handles;
+  const auto paths = handles.paths();
+  MPIODeviceRegistry& registry = host->registry();
+  const ScopedHandle unitEntry(registry, registry.findServiceByEntryID(unitID(0)));
+  const ScopedHandle pathEntry(registry, registry.findServiceByEntryID(pathID(0, 0)));
+  Owned<MPIOLogicalUnitRef> unit;
+  EXPECT_FALSE(failsFirst([&] { *unit.out() = MPIOCopyLogicalUnitForService(unitEntry.get()); }));
+  EXPECT_EQ(unit.get(), handles.unit());
+  Owned<MPIOLogicalUnitPathRef> path;
+  EXPECT_TRUE(
+      failsFirst([&] { *path.out() = MPIOCopyLogicalUnitPathForService(pathEntry.get()); }));
+  EXPECT_FALSE(path);
+}
+
+TEST_F(Allocation, AtEverySiteLeakNothingAndHeal) {
+  ASSERT_TRUE(useEverything(*host));
+  std::size_t site = 0;
+  for (bool failed = true; failed; ++site) {
+    SCOPED_TRACE(site);
+    touch(host->memory);
+    failAllocationAfter(site);
+    const Owned<ObArrayRef> units(MPIOCopyLogicalUnits());
+    const auto unit = at<MPIOLogicalUnitRef>(units, 0);
+    const Owned<ObDictionaryRef> properties(MPIOLogicalUnitCopyProperties(unit));
+    Owned<ObErrorRef> error;
+    MPIOLogicalUnitDisableAllPaths(unit, error.out());
+    const Owned<ObArrayRef> paths(MPIOLogicalUnitCopyPaths(unit));
+    failed = allocationFailed();
+    ASSERT_EQ(host->memory.registry().openHandles(), 0u);
+    touch(host->memory);
+    ASSERT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
+  }
+  EXPECT_GT(site, 50u);
+}
+
+}  // namespace
+}  // namespace tavrenix::test

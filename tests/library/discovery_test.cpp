@@ -1,0 +1,205 @@
+// When the manager scans, what a scan makes of the registry, and what it costs.
+#include <gmock/gmock.h>
+
+#include "model/registry_names.hpp"
+#include "tests/library/owned.hpp"
+#include "tests/support/library_host.hpp"
+
+namespace tavrenix::test {
+namespace {
+
+class Discovery : public testing::Test {
+ protected:
+  ~Discovery() override { EXPECT_EQ(host->memory.registry().openHandles(), 0u); }
+
+  void fill(const Shape& shape) { addStorage(host->memory, shape); }
+  std::size_t count(Operation operation) { return host->watch.count(operation); }
+  void setType(std::uint64_t unit, Value type) {
+    setProperty(host->memory, unitID(unit), "Peripheral Device Type", std::move(type));
+  }
+
+  LibraryHost host;
+};
+
+TEST_F(Discovery, NeverScansWhereTheGenerationIsZero) {
+  fill({});
+  host->memory.tunable().setGeneration(0);
+  // The generation seen last may be another test's, so 0 may count as a change once; a scan of
+  // nothing.
+  const Handles before;
+  host->watch.reset();
+  const Handles handles;
+  EXPECT_EQ(ObArrayGetCount(handles.units.get()), ObArrayGetCount(before.units.get()));
+  EXPECT_EQ(host->watch.registryOperations(), 0u);
+  EXPECT_EQ(count(Operation::kTunable), 1u);
+}
+
+TEST_F(Discovery, AnUnchangedGenerationCostsOneQueryAndReturnsTheSameHandles) {
+  fill({});
+  const Handles first;
+  ASSERT_EQ(ObArrayGetCount(first.units.get()), 2u);
+  host->watch.reset();
+  const Handles second;
+  EXPECT_EQ(second.unit(0), first.unit(0));
+  EXPECT_EQ(second.unit(1), first.unit(1));
+  EXPECT_EQ(count(Operation::kTunable), 1u);
+  EXPECT_EQ(host->watch.registryOperations(), 0u);
+}
+
+TEST_F(Discovery, AFullScanCostsWhatItMustAndNothingMore) {
+  constexpr std::size_t kUnits = 5, kPaths = 3, kVolumes = 2;
+  fill({.units = kUnits, .paths = kPaths, .volumes = kVolumes});
+  host->watch.reset();
+  const Handles handles;
+  constexpr std::size_t kMedia = kVolumes + 1, kAllPaths = kUnits * kPaths;
+  EXPECT_EQ(count(Operation::kFindServicesByClass), 1u);
+  EXPECT_EQ(count(Operation::kFindServicesByEntryID), 0u);
+  // A unit: its properties and its media. A path: one look-up.
+  EXPECT_EQ(count(Operation::kFindServiceByEntryID), 2 * kUnits + kAllPaths);
+  // A unit: once for its type, once for its object.
+  EXPECT_EQ(count(Operation::kCopyProperties), 2 * kUnits + kAllPaths);
+  EXPECT_EQ(count(Operation::kSearchProperty), kAllPaths);
+  EXPECT_EQ(count(Operation::kCopyProperty), 2 * kUnits * kMedia);
+  EXPECT_EQ(count(Operation::kDescribe), kUnits * kVolumes);
+  EXPECT_EQ(count(Operation::kCreateIterator), 2 * kUnits);
+  EXPECT_EQ(count(Operation::kIteratorNext),
+            (kUnits + 1) + kUnits * (kMedia + 1) + kUnits * (kPaths + 1));
+  EXPECT_EQ(count(Operation::kConformsTo), kUnits * kMedia + kAllPaths);
+  EXPECT_EQ(count(Operation::kGetEntryID), kUnits + kAllPaths);
+  EXPECT_EQ(count(Operation::kTunable), 1 + kAllPaths);
+  EXPECT_EQ(count(Operation::kSetProperty), 0u);
+}
+
+TEST_F(Discovery, AScanOfOneUnitTouchesThatUnitOnly) {
+  fill({.units = 50, .paths = 2, .volumes = 1});
+  const Handles handles;
+  touch(host->memory);
+  host->watch.reset();
+  const auto paths = handles.paths(7);
+  EXPECT_EQ(count(Operation::kFindServicesByEntryID), 1u);
+  EXPECT_EQ(count(Operation::kFindServicesByClass), 0u);
+  EXPECT_EQ(count(Operation::kCopyProperties), 2u + 2u);
+  EXPECT_EQ(count(Operation::kTunable), 1u + 2u);
+  EXPECT_EQ(ObArrayGetCount(Handles().units.get()), 50u);
+}
+
+TEST_F(Discovery, PassesOverWhatIsNoStorage) {
+  fill({.units = 6});
+  setType(0, number(3));
+  setType(1, number(12));
+  setType(2, nullptr);
+  setType(3, text("0"));
+  setType(4, number(0x1'0000'0000));  // no 32-bit number
+  setType(5, number(-1));
+  const Handles handles;
+  ASSERT_EQ(ObArrayGetCount(handles.units.get()), 1u);
+  EXPECT_EQ(utf8(ObDictionaryGetValue(
+                Owned<ObDictionaryRef>(MPIOLogicalUnitCopyProperties(handles.unit())).get(),
+                kMPIOLogicalUnitAliasKey)),
+            "unit 5");
+}
+
+TEST_F(Discovery, TakesAsPathsOnlyParentsOfThePathClass) {
+  fill({.units = 1, .paths = 2});
+  memory::MemoryRegistry& registry = host->memory.registry();
+  registry.defineClass("DerivedPath", std::string(registry::kPathClass));
+  registry.addEntry(70, "DerivedPath", {}, dictionary({}));
+  registry.addEntry(71, "KsSCSITarget", {}, dictionary({}));
+  registry.addEntry(72, std::string(registry::kLogicalUnitClass), {70, 71, 70},
+                    dictionary({{"Peripheral Device Type", number(0)}}));
+  const Handles handles;
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(ObArrayGetCount(handles.paths(1).get()), 1u);
+  testing::internal::GetCapturedStderr();
+}
+
+TEST_F(Discovery, AFullScanMakesNewHandlesAndOldOnesGoOnByEntryID) {
+  fill({});
+  const Handles before;
+  touch(host->memory);
+  const Handles after;
+  EXPECT_NE(before.unit(), after.unit());
+  EXPECT_TRUE(Owned<ObDictionaryRef>(MPIOLogicalUnitCopyProperties(before.unit())));
+  host->memory.registry().removeEntry(unitID(0));
+  touch(host->memory);
+  EXPECT_EQ(ObArrayGetCount(Handles().units.get()), 1u);
+  EXPECT_FALSE(Owned<ObDictionaryRef>(MPIOLogicalUnitCopyProperties(before.unit())));
+}
+
+TEST_F(Discovery, CopyPathsAnswersForTheHandleItWasGiven) {
+  fill({});
+  const Handles before;
+  const auto oldPaths = before.paths();
+  touch(host->memory);
+  const auto samePaths = before.paths();  // scans the unit, but returns what this handle holds
+  ASSERT_EQ(ObArrayGetCount(samePaths.get()), 3u);
+  EXPECT_EQ(at<MPIOLogicalUnitPathRef>(samePaths, 0), at<MPIOLogicalUnitPathRef>(oldPaths, 0));
+  const Handles after;  // the generation has been seen: the rebuilt unit is found, nothing scanned
+  EXPECT_EQ(ObArrayGetCount(after.units.get()), 2u);
+  EXPECT_NE(knownLogicalUnit(unitID(0)), nullptr);
+  EXPECT_NE(static_cast<const void*>(knownLogicalUnit(unitID(0))), before.unit());
+}
+
+TEST_F(Discovery, AScanByPathEmptiesItsUnitAndLeavesOldPathsKnown) {
+  fill({.units = 1, .paths = 2});
+  const Handles handles;
+  const auto paths = handles.paths();
+  const auto gone = at<MPIOLogicalUnitPathRef>(paths, 1);
+  host->memory.registry().removeEntry(pathID(0, 1));
+  touch(host->memory);
+  Owned<ObDictionaryRef> properties(MPIOLogicalUnitPathCopyProperties(gone));
+  EXPECT_EQ(textUnder(properties.get(), kMPIOLogicalUnitPathIdentifierKey), "0001");
+  EXPECT_EQ(ObArrayGetCount(handles.paths().get()), 0u);  // this handle's paths were taken from it
+  EXPECT_NE(knownPath(pathID(0, 1)), nullptr);            // still known, until a full scan
+  ASSERT_NE(knownLogicalUnit(unitID(0)), nullptr);
+  EXPECT_EQ(knownLogicalUnit(unitID(0))->logicalUnitPaths().size(), 1u);
+  touch(host->memory);
+  const Handles rebuilt;
+  EXPECT_EQ(knownPath(pathID(0, 1)), nullptr);
+}
+
+TEST_F(Discovery, AllPathChangesTakeNoteOfAChangeWithoutRebuilding) {
+  for (const auto change : {MPIOLogicalUnitEnableAllPaths, MPIOLogicalUnitDisableAllPaths}) {
+    LibraryHost fresh;
+    addStorage(fresh->memory, {});
+    const Handles before;
+    fresh->memory.registry().removeEntry(unitID(1));
+    touch(fresh->memory);
+    EXPECT_TRUE(change(before.unit(), nullptr));
+    const Handles after;
+    EXPECT_EQ(ObArrayGetCount(after.units.get()), 2u);
+    EXPECT_EQ(after.unit(1), before.unit(1));
+  }
+}
+
+TEST_F(Discovery, AFailedSearchLeavesNothingKnown) {
+  fill({});
+  const Handles before;
+  touch(host->memory);
+  host->watch.failAll(Operation::kFindServicesByClass);
+  EXPECT_EQ(ObArrayGetCount(Handles().units.get()), 0u);
+  host->watch.reset();
+  EXPECT_EQ(ObArrayGetCount(Handles().units.get()), 0u);  // the generation has been seen
+}
+
+TEST_F(Discovery, AUnitWhoseParentsCannotBeListedHasNoPaths) {
+  fill({.units = 1});
+  host->watch.failAll(Operation::kCreateIterator);
+  const Handles handles;
+  EXPECT_EQ(ObArrayGetCount(handles.units.get()), 1u);
+  EXPECT_EQ(ObArrayGetCount(handles.paths().get()), 0u);
+}
+
+TEST_F(Discovery, EndsWithTheTeardown) {
+  fill({});
+  const Handles handles;
+  MPIOManagerTeardown();
+  EXPECT_EQ(MPIOCopyLogicalUnits(), nullptr);
+  EXPECT_EQ(MPIOLogicalUnitCopyProperties(handles.unit()), nullptr);
+  EXPECT_EQ(ObArrayGetCount(handles.paths().get()), 3u);  // handles live on
+  MPIOManagerTeardown();
+  MPIOManagerInitialize();
+}
+
+}  // namespace
+}  // namespace tavrenix::test

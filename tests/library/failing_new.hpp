@@ -1,0 +1,14 @@
+// An operator new that can be told to fail, for this thread.
+#pragma once
+
+#include <cstddef>
+
+namespace tavrenix::test {
+
+// Lets that many allocations of this thread succeed, fails the one after them, and then lets all
+// succeed.
+void failAllocationAfter(std::size_t successes) noexcept;
+// Forgets the order; whether it had been carried out.
+bool allocationFailed() noexcept;
+
+}  // namespace tavrenix::test

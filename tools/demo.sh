@@ -1,0 +1,47 @@
+# shellcheck shell=bash
+# A session with tavrenix-lab on a copy of a sample image. The same commands are run under valgrind by ./run check.
+
+demo_image=samples/small.json
+demo_lun=600A0B8000112233445566778899AABB
+demo_path=0101
+demo_commands=(
+  "list"
+  "info --id $demo_lun"
+  "modify lun --id $demo_lun --algorithm LeastIO --batchCount 32"
+  "modify path --lun $demo_lun --id $demo_path --disable"
+  "info --id $demo_lun"
+)
+
+# in_demo_folder COMMAND...: runs it with one more argument: a new folder that holds a copy of the image.
+in_demo_folder() (
+  folder=$(mktemp -d)
+  trap 'rm -rf -- "$folder"' EXIT
+  cp -- "$demo_image" "$folder/image.json"
+  "$@" "$folder"
+)
+
+demo_show() {
+  local folder=$1
+  local -a words
+  local command i=0
+  for command in "${demo_commands[@]}"; do
+    read -ra words <<<"$command"
+    printf '\n$ tavrenix-lab image.json %s\n' "$command"
+    build/demo/lab/tavrenix-lab "$folder/image.json" "${words[@]}" | tee "$folder/$i.out"
+    i=$((i + 1))
+  done
+  # The tool ends with status 0 even where it refuses, so that the reports are what shows success.
+  cmp -s "$folder/1.out" "$folder/4.out" && fail "the reports before and after the changes are the same"
+  printf '\nWhat the two changes did to the report:\n'
+  diff --unified=0 "$folder/1.out" "$folder/4.out" | sed 1,3d || true
+}
+
+demo_session() {
+  in_demo_folder demo_show
+  cat <<END
+
+The whole state of the simulated host is the image file. To go on by yourself:
+  cp $demo_image image.json
+  build/demo/lab/tavrenix-lab image.json list
+END
+}
