@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
@@ -34,10 +35,12 @@ std::string readAll(const File& file) {
   const struct stat status = statusOf(file);
   if (S_ISDIR(status.st_mode)) throw ImageError("is a directory");
   if (!S_ISREG(status.st_mode)) throw ImageError("is not a regular file");
+  const auto size = static_cast<std::size_t>(status.st_size);
   // One byte more than the file has, so that one that grows meanwhile is noticed.
-  std::string text(static_cast<std::size_t>(status.st_size) + 1, '\0');
+  std::string text(size <= kLargestImage ? size + 1 : 0, '\0');
   std::size_t filled = 0;
-  while (text.size() <= kLargestImage + 1) {
+  while (size <= kLargestImage && filled <= kLargestImage) {
+    if (filled == text.size()) text.resize(std::min(filled * 2, kLargestImage + 1));
     const ssize_t got = ::read(file.descriptor(), text.data() + filled, text.size() - filled);
     if (got < 0 && errno == EINTR) continue;
     check(got < 0 ? -1 : 0, "cannot be read");
@@ -46,7 +49,6 @@ std::string readAll(const File& file) {
       text.resize(filled);
       return text;
     }
-    if (filled == text.size()) text.resize(filled * 2);
   }
   throw ImageError("is larger than 1 GiB");
 }

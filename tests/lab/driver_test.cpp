@@ -1,0 +1,129 @@
+#include "lab/driver.hpp"
+
+#include "model/registry_names.hpp"
+#include "tests/lab/scratch.hpp"
+
+namespace tavrenix::lab {
+namespace {
+
+constexpr EntryID kUnit = 100;
+
+// A unit with the paths 01AB (entry 201), 02 twice (202, 203), and 03 without statistics (204); 205
+// is named 01AB too but is no path.
+Image image() {
+  return Image::parse(
+      R"({"generation": 4294967294, "classes": {"MyUnit": "KsSCSIMultipathedLogicalUnit"}, "entries": [
+    {"id": 100, "class": "MyUnit", "parents": [201, 202, 203, 204, 205], "properties": {"Batch Count": 1}},
+    {"id": 201, "class": "KsSCSIHierarchicalLogicalUnit", "properties": {"Logical Unit Path Identifier": {"$data": "01ab"}},
+     "statistics": {"sent": 1, "received": 2, "commands": 3, "state": 1}},
+    {"id": 202, "class": "KsSCSIHierarchicalLogicalUnit", "properties": {"Logical Unit Path Identifier": {"$data": "02"}},
+     "statistics": {"sent": 1, "received": 2, "commands": 3, "state": 130}},
+    {"id": 203, "class": "KsSCSIHierarchicalLogicalUnit", "properties": {"Logical Unit Path Identifier": {"$data": "02"}},
+     "statistics": {"sent": 1, "received": 2, "commands": 3, "state": 0}},
+    {"id": 204, "class": "KsSCSIHierarchicalLogicalUnit", "properties": {"Logical Unit Path Identifier": {"$data": "03"}}},
+    {"id": 205, "class": "KsService", "properties": {"Logical Unit Path Identifier": {"$data": "01AB"}}}
+  ]})");
+}
+
+KernelStatus ask(Image& target, const ob::Object& request, EntryID entry = kUnit) {
+  return actOnWrite(target, entry, registry::kProperties, request);
+}
+
+int stateOf(const Image& target, EntryID path) {
+  return target.find(path)->statistics->state;
+}
+
+TEST(Driver, PublishesAlgorithmAndBatchCount) {
+  Image target = image();
+  for (const char* algorithm : {"Least Bytes", "Least Queue Depth", "Modified Round Robin"}) {
+    EXPECT_EQ(ask(target, *algorithmRequest(algorithm, 4294967295)), kSuccess);
+    for (const Image& seen : {target, Image::parse(target.text())}) {
+      const auto& published = *seen.find(kUnit)->properties;
+      EXPECT_EQ(published.valueAs<ob::String>(registry::kLoadBalancingAlgorithm)->view(),
+                algorithm);
+      EXPECT_EQ(published.valueAs<ob::Number>(registry::kBatchCount)->asInt64(), 4294967295);
+      EXPECT_EQ(published.pairs().size(), 2U);
+    }
+  }
+}
+
+TEST(Driver, ChangesBitSevenOfThePathsOfThatIdentifierAlone) {
+  Image target = image();
+  EXPECT_EQ(ask(target, *pathRequest("01AB", 3)), kSuccess);
+  EXPECT_EQ(stateOf(target, 201), 0x81);
+  EXPECT_EQ(ask(target, *pathRequest("01AB", 0)), kSuccess);
+  EXPECT_EQ(stateOf(target, 201), 0x01);
+  EXPECT_EQ(stateOf(target, 202), 0x82);
+  EXPECT_EQ(ask(target, *pathRequest("02", 3)), kSuccess);
+  EXPECT_EQ(stateOf(target, 202), 0x82);
+  EXPECT_EQ(stateOf(target, 203), 0x80);
+  const Image reread = Image::parse(target.text());
+  EXPECT_EQ(stateOf(reread, 203), 0x80);
+  EXPECT_EQ(reread.find(203)->statistics->commandsProcessed, 3U);
+}
+
+TEST(Driver, SuccessMovesTheGenerationPastZero) {
+  Image target = image();
+  for (const std::uint32_t wanted : {4294967295U, 1U, 2U}) {
+    ASSERT_EQ(ask(target, *algorithmRequest("Least Bytes", 1)), kSuccess);
+    EXPECT_EQ(target.generation(), wanted);
+    EXPECT_EQ(Image::parse(target.text()).generation(), wanted);
+  }
+}
+
+TEST(Driver, RefusesWholeWhatItCannotMakeSenseOf) {
+  const ob::Ref<const ob::Object> kBad[] = {
+      string("Least Bytes"),
+      dictionary({}),
+      algorithmRequest("Fastest", 1),
+      algorithmRequest("Least Bytes", -1),
+      algorithmRequest("Least Bytes", 4294967296),
+      dictionary({{"Algorithm", string("Least Bytes")}}),
+      dictionary({{"Batch Count", number(1)}}),
+      dictionary({{"Algorithm", number(4)}, {"Batch Count", number(1)}}),
+      dictionary({{"Algorithm", string("Least Bytes")}, {"Batch Count", string("1")}}),
+      dictionary({{"Algorithm", string("Least Bytes")}, {"Batch Count", ob::Number::make(1.5)}}),
+      dictionary(
+          {{"Algorithm", string("Least Bytes")}, {"Batch Count", number(1)}, {"Extra", number(1)}}),
+      dictionary({{"PathState", number(3)}}),
+      dictionary({{"PathState", dictionary({})}}),
+      dictionary({{"PathState", dictionary({{"01AB", string("3")}})}}),
+      dictionary({{"PathState", dictionary({{"01AB", number(3)}, {"02", number(1)}})}}),
+      dictionary({{"PathState", dictionary({{"01AB", number(3)}, {"0404", number(3)}})}}),
+      dictionary({{"PathState", dictionary({{"01AB", number(3)}, {"03", number(3)}})}}),
+      dictionary({{"PathState", dictionary({{"01AB", number(3)}})}, {"Batch Count", number(1)}}),
+      pathRequest("01ab", 3),
+      pathRequest("", 3),
+  };
+  const std::string before = image().text();
+  int row = 0;
+  for (const auto& request : kBad) {
+    Image target = image();
+    EXPECT_EQ(ask(target, *request), -536870206) << row;
+    EXPECT_EQ(target.text(), before) << row++;
+  }
+}
+
+TEST(Driver, ListensOnlyToPropertiesOfAUnit) {
+  Image target = image();
+  const auto request = algorithmRequest("Least Bytes", 1);
+  EXPECT_EQ(ask(target, *request, 201), kBadRequest);
+  EXPECT_EQ(ask(target, *request, 999), kBadRequest);
+  EXPECT_EQ(actOnWrite(target, kUnit, registry::kBatchCount, *request), kBadRequest);
+  EXPECT_EQ(target.generation(), 4294967294U);
+}
+
+TEST(Driver, PublishesIntoEveryFormOfProperties) {
+  for (const char* properties :
+       {"", R"(, "properties": {})", R"(, "properties": {"$dictionary": {"$x": 1}})"}) {
+    Image target =
+        Image::parse(std::string(R"({"generation": 1, "entries": [{"id": 100, "class": )") +
+                     R"("KsSCSIMultipathedLogicalUnit")" + properties + "}]}");
+    ASSERT_EQ(ask(target, *algorithmRequest("Least Bytes", 1)), kSuccess) << properties;
+    const Image reread = Image::parse(target.text());
+    EXPECT_NE(reread.find(kUnit)->properties->value(registry::kBatchCount), nullptr) << properties;
+  }
+}
+
+}  // namespace
+}  // namespace tavrenix::lab

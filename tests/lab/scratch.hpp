@@ -1,0 +1,73 @@
+// What the tests of this folder share: a folder of their own for files, and short ways to values.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "runtime/collections.hpp"
+#include "runtime/values.hpp"
+
+namespace tavrenix::lab {
+
+inline std::string contentsOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  EXPECT_TRUE(file) << path;
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A new folder, gone with all that is in it at the end.
+class Scratch {
+ public:
+  Scratch() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "tavrenix-lab.XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no scratch folder");
+    folder_ = pattern;
+  }
+  ~Scratch() { std::filesystem::remove_all(folder_); }
+  Scratch(const Scratch&) = delete;
+  Scratch& operator=(const Scratch&) = delete;
+
+  std::string path(const std::string& name) const { return folder_ / name; }
+  std::string write(const std::string& name, std::string_view text) const {
+    std::ofstream(path(name), std::ios::binary) << text;
+    return path(name);
+  }
+  std::size_t files() const {
+    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder_),
+                                                  std::filesystem::directory_iterator()));
+  }
+
+ private:
+  std::filesystem::path folder_;
+};
+
+inline ob::Ref<ob::String> string(std::string_view text) {
+  return ob::String::make(text);
+}
+inline ob::Ref<const ob::Object> number(std::int64_t value) {
+  return ob::Number::make(value);
+}
+
+using Member = std::pair<std::string_view, ob::Ref<const ob::Object>>;
+
+inline ob::Ref<ob::Dictionary> dictionary(std::initializer_list<Member> members) {
+  ob::DictionaryBuilder builder(members.size());
+  for (const auto& [key, value] : members) builder.add(*string(key), value);
+  return builder.build();
+}
+
+inline ob::Ref<ob::Dictionary> algorithmRequest(std::string_view algorithm,
+                                                std::int64_t batchCount) {
+  return dictionary({{"Algorithm", string(algorithm)}, {"Batch Count", number(batchCount)}});
+}
+
+inline ob::Ref<ob::Dictionary> pathRequest(std::string_view identifier, std::int64_t code) {
+  return dictionary({{"PathState", dictionary({{identifier, number(code)}})}});
+}
+
+}  // namespace tavrenix::lab
