@@ -1,13 +1,14 @@
 #include "bench/goals.hpp"
 
 #include "bench/library_bench.hpp"
+#include "bench/process.hpp"
 
 namespace tavrenix::bench {
 
 void Recorder::ReportRuns(const std::vector<Run>& runs) {
   ConsoleReporter::ReportRuns(runs);
   for (const Run& run : runs) {
-    if (!run.error_occurred) times_[run.benchmark_name()] = run.GetAdjustedRealTime();
+    if (!run.error_occurred) times_[run.benchmark_name()] = run.GetAdjustedCPUTime();
   }
 }
 
@@ -50,6 +51,11 @@ void printGoals(std::FILE* out, const Recorder& recorder) {
               ratio(recorder, "first_scan_and_list", "first_scan_and_list_floor", size), 8);
     printGoal(out, "list again, times its floor, " + units,
               ratio(recorder, "list_again", "list_floor", size), 5);
+  }
+  const StartTimes starts = measureStart();
+  if (starts.emptyTool > 0) {
+    printGoal(out, "tavrenix without arguments, times /bin/true", starts.tool / starts.emptyTool,
+              2);
   }
   const Memory memory = measureMemory();
   printGoal(out, "KiB of memory a path", memory.bytesPerPath / 1024, 2);

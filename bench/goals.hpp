@@ -9,7 +9,8 @@
 
 namespace tavrenix::bench {
 
-// Prints benchmarks as they come and remembers the time of each, in nanoseconds an iteration.
+// Prints benchmarks as they come and remembers the processor time of each iteration, which other
+// work on the machine disturbs least.
 class Recorder : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override;

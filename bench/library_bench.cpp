@@ -9,6 +9,7 @@
 #include "bench/floor.hpp"
 #include "bench/host.hpp"
 #include "cli/main.hpp"
+#include "library/manager.hpp"
 #include "tests/support/storage.hpp"
 
 namespace tavrenix::bench {
@@ -39,20 +40,27 @@ void runTool(std::initializer_list<const char*> words) {
   std::fflush(stdout);
 }
 
-void firstScan(benchmark::State& state) {
+// Calls first, in each iteration, at the moment at which the library is loaded and has scanned
+// nothing.
+template <class First>
+void fromLoading(benchmark::State& state, First first) {
   auto& host = hostFor(state);
   for (auto _ : state) {
+    state.PauseTiming();
+    MPIOManagerTeardown();
     test::touch(host);
-    settle();
+    state.ResumeTiming();
+    MPIOManagerInitialize();
+    first();
   }
 }
 
+void firstScan(benchmark::State& state) {
+  fromLoading(state, [] {});
+}
+
 void firstScanAndList(benchmark::State& state) {
-  auto& host = hostFor(state);
-  for (auto _ : state) {
-    test::touch(host);
-    runTool({"tavrenix", "list"});
-  }
+  fromLoading(state, [] { runTool({"tavrenix", "list"}); });
 }
 
 void listAgain(benchmark::State& state) {
@@ -129,23 +137,19 @@ void floorOf(benchmark::State& state, Work work) {
 }
 
 std::int64_t bytesKept(std::uint64_t paths) {
-  auto& host = hostWith(10'000, paths);
-  host.tunable().setGeneration(0);
-  const std::int64_t before = allocatedBytes();
-  test::touch(host);
-  settle();
-  return allocatedBytes() - before;
+  hostWith(10'000, paths);  // scanned already
+  const std::int64_t whole = allocatedBytes();
+  MPIOManagerTeardown();
+  const std::int64_t kept = whole - allocatedBytes();
+  MPIOManagerInitialize();
+  return kept;
 }
 
 }  // namespace
 
 Memory measureMemory() {
-  // The host is made with its storage already scanned, so forget it first by a scan of nothing.
-  const auto kept = [](std::uint64_t paths) {
-    const auto full = static_cast<double>(bytesKept(paths));
-    return full;
-  };
-  const double bare = kept(0), whole = kept(kPaths);
+  const auto bare = static_cast<double>(bytesKept(0));
+  const auto whole = static_cast<double>(bytesKept(kPaths));
   return {(whole - bare) / 10'000 / kPaths, bare / 10'000};
 }
 

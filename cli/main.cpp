@@ -24,11 +24,12 @@ struct Command {
   void (*run)(const Arguments&);
 };
 
-// Runs the command whose word stands at this place of the arguments, in any letter case.
-void runCommand(std::span<const Command> commands, int place, const Arguments& arguments) {
-  if (arguments.count > place) {
+// Runs the command whose word stands at this place among the words, in any letter case.
+void runCommand(std::span<const Command> commands, std::size_t place, const Arguments& arguments) {
+  const auto words = wordsOf(arguments);
+  if (words.size() > place) {
     for (const Command& command : commands) {
-      if (strcasecmp(arguments.words[place], command.word) == 0) return command.run(arguments);
+      if (strcasecmp(words[place], command.word) == 0) return command.run(arguments);
     }
   }
   printUsage();
@@ -55,7 +56,7 @@ void info(const Arguments& arguments) {
 
 void modify(const Arguments& arguments) {
   static const Command objects[] = {{"lun", modifyLun}, {"path", modifyPath}};
-  runCommand(objects, 2, arguments);
+  runCommand(objects, 1, arguments);
 }
 
 const Command verbs[] = {{"list", list}, {"info", info}, {"modify", modify}};
@@ -87,7 +88,7 @@ int tavrenixMain(int argc, char** argv, std::uint32_t (*effectiveUser)()) {
 
   gLogicalUnits = MPIOCopyLogicalUnits();
   if (gLogicalUnits == nullptr) return 0;
-  runCommand(verbs, 1, {argc, argv});
+  runCommand(verbs, 0, {argc, argv});
   ObRelease(gLogicalUnits);
   gLogicalUnits = nullptr;
   return 0;

@@ -4,18 +4,25 @@
 
 #include <getopt.h>
 
+#include <vector>
+
 namespace tavrenix::cli {
 
-/// The argument vector of main. words[0] is the tool, words[1] the verb.
+/// The argument vector of main.
 struct Arguments {
   int count;
-  char** words;
+  char** vector;
 };
+
+/// The words among the arguments: the verb, then its direct object if any. Options and what belongs to
+/// them are passed over, so that they may stand before the words as well as behind them. Borrowed from
+/// the arguments.
+std::vector<const char*> wordsOf(const Arguments& arguments);
 
 /// What getopt_long takes: the short options, and the long ones up to an all-zero row.
 struct OptionTable {
   const char* letters;
-  option rows[5];
+  option rows[7];
 };
 
 extern const OptionTable infoOptions;
@@ -33,7 +40,7 @@ class OptionReader {
   int next();
 
  private:
-  const Arguments& arguments_;
+  const Arguments arguments_;
   const OptionTable& table_;
 };
 

@@ -61,10 +61,15 @@ Everything that is not understood gets the usage on standard output, and status 
   $ expectUsage modify path
   $ expectUsage lun modify
 
-The verb is the first word and the direct object the second, options are neither:
+The verb is the first word and the direct object the second; options stand before, between or behind them:
 
-  $ expectUsage -i AA01 info
-  $ expectUsage modify -i AA01 lun -a LeastIO
+  $ ok -i NOBODY info
+  Cannot locate lun with id NOBODY
+  $ ok -i NOBODY --algorithm LeastIO modify lun
+  Unable to find lun NOBODY
+  $ ok -e modify --lun NOBODY path --id 0A
+  Unable to find lun NOBODY
+  $ expectUsage -i info
 
 A diagnostic of the option parser goes to standard error, and the option counts for nothing:
 

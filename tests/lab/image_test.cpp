@@ -200,8 +200,8 @@ TEST(Image, TakesALongChainOfParentsAndAWideObject) {
   std::string members = "\"k\": 0";
   for (int i = 1; i < 50'000; ++i) {
     const std::string id = std::to_string(i);
-    entries = entries + R"(,{"id": )" + id + R"(, "class": "C", "parents": [)" +
-              std::to_string(i - 1) + "]}";
+    entries +=
+        R"(,{"id": )" + id + R"(, "class": "C", "parents": [)" + std::to_string(i - 1) + "]}";
     members += ", \"k" + id + "\": 0";
   }
   EXPECT_EQ(Image::parse(withEntries(entries)).parentsFirst().back(), 49'999U);

@@ -24,28 +24,38 @@ void addPorts(memory::MemoryHost& host) {
   }
 }
 
-void addPath(memory::MemoryHost& host, std::uint64_t unit, std::uint64_t path) {
+// Values that all paths and units share: values are immutable, and at 100,000 units it matters.
+struct Shared {
+  Value vendor = text("MAKER");
+  Value product = text("ARRAY");
+  Value protocol = dictionary({{"Physical Interconnect", text("Fibre Channel Interface")}});
+  ob::Ref<const ob::Dictionary> wholeDisk =
+      dictionary({{"Leaf", flag(false)}, {"Content", text("Table")}});
+  ob::Ref<const ob::Dictionary> volume =
+      dictionary({{"Leaf", flag(true)}, {"Content", text("Data")}});
+};
+
+void addPath(memory::MemoryHost& host, const Shared& shared, std::uint64_t unit,
+             std::uint64_t path) {
   ob::DictionaryBuilder properties(4);
   properties.add(registry::kPathIdentifier,
                  bytes({static_cast<std::uint8_t>(path >> 8), static_cast<std::uint8_t>(path)}));
-  properties.add(registry::kVendor, text("MAKER"));
-  properties.add(registry::kProduct, text("ARRAY"));
-  properties.add(registry::kProtocolCharacteristics,
-                 dictionary({{"Physical Interconnect", text("Fibre Channel Interface")}}));
+  properties.add(registry::kVendor, shared.vendor);
+  properties.add(registry::kProduct, shared.product);
+  properties.add(registry::kProtocolCharacteristics, shared.protocol);
   const EntryID id = pathID(unit, path);
   host.registry().addEntry(id, std::string(registry::kPathClass), {kPorts + path % 2},
                            properties.build());
   host.tunable().setPathStatistics(id, {10 + path, 20 + path, 30 + path, 0});
 }
 
-void addMedia(memory::MemoryHost& host, std::uint64_t unit, std::uint64_t volumes) {
+void addMedia(memory::MemoryHost& host, const Shared& shared, std::uint64_t unit,
+              std::uint64_t volumes) {
   const std::string media(registry::kMediaClass);
-  host.registry().addEntry(wholeDiskID(unit), media, {unitID(unit)},
-                           dictionary({{"Leaf", flag(false)}, {"Content", text("Table")}}));
+  host.registry().addEntry(wholeDiskID(unit), media, {unitID(unit)}, shared.wholeDisk);
   for (std::uint64_t volume = 0; volume < volumes; ++volume) {
     const EntryID id = volumeID(unit, volume);
-    host.registry().addEntry(id, media, {wholeDiskID(unit)},
-                             dictionary({{"Leaf", flag(true)}, {"Content", text("Data")}}));
+    host.registry().addEntry(id, media, {wholeDiskID(unit)}, shared.volume);
     const std::string device = "disk" + std::to_string(unit) + "s" + std::to_string(volume + 1);
     host.disks().set(id, {.volumeName = ob::String::make("Volume " + std::to_string(volume)),
                           .bsdName = ob::String::make(device),
@@ -53,17 +63,18 @@ void addMedia(memory::MemoryHost& host, std::uint64_t unit, std::uint64_t volume
   }
 }
 
-void addUnit(memory::MemoryHost& host, std::uint64_t unit, const Shape& shape) {
+void addUnit(memory::MemoryHost& host, const Shared& shared, std::uint64_t unit,
+             const Shape& shape) {
   std::vector<EntryID> parents;
   for (std::uint64_t path = 0; path < shape.paths; ++path) {
-    addPath(host, unit, path);
+    addPath(host, shared, unit, path);
     parents.push_back(pathID(unit, path));
   }
   ob::DictionaryBuilder properties(7);
   properties.add(registry::kUniqueIdentifier, bytes(unitIdentifier(unit)));
   properties.add(registry::kAlias, text("unit " + std::to_string(unit)));
-  properties.add(registry::kVendor, text("MAKER"));
-  properties.add(registry::kProduct, text("ARRAY"));
+  properties.add(registry::kVendor, shared.vendor);
+  properties.add(registry::kProduct, shared.product);
   properties.add(registry::kLoadBalancingAlgorithm,
                  ob::Ref<const ob::String>::retain(&registry::kModifiedRoundRobin));
   properties.add(registry::kBatchCount, number(16));
@@ -71,7 +82,7 @@ void addUnit(memory::MemoryHost& host, std::uint64_t unit, const Shape& shape) {
   host.registry().addEntry(unitID(unit), std::string(registry::kLogicalUnitClass), parents,
                            properties.build());
   host.tunable().setLogicalUnitStatistics(unitID(unit), {100, 200, 300});
-  addMedia(host, unit, shape.volumes);
+  addMedia(host, shared, unit, shape.volumes);
 }
 
 }  // namespace
@@ -146,7 +157,8 @@ std::vector<std::uint8_t> unitIdentifier(std::uint64_t unit) {
 
 void addStorage(memory::MemoryHost& host, const Shape& shape) {
   addPorts(host);
-  for (std::uint64_t unit = 0; unit < shape.units; ++unit) addUnit(host, unit, shape);
+  const Shared shared;
+  for (std::uint64_t unit = 0; unit < shape.units; ++unit) addUnit(host, shared, unit, shape);
   touch(host);
 }
 
