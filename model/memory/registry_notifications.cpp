@@ -1,4 +1,6 @@
 // The notification half of the in-memory registry.
+#include <new>
+
 #include "model/memory/registry.hpp"
 #include "model/registry_names.hpp"
 
@@ -72,8 +74,14 @@ RegistryResult<RegistryHandle> MemoryRegistry::addMatchingNotification(
   if (ofArrivals) {
     for (auto& entry : tree_.ofClass(made->className)) made->waiting.push_back(std::move(entry));
   }
-  registrations_.add(made);
   made->handle = open(made);
+  try {
+    registrations_.add(made);
+  } catch (const std::bad_alloc&) {
+    slots_[made->handle - 1] = Slot{};
+    freeSlots_.push_back(made->handle);
+    throw;
+  }
   return {kSuccess, made->handle};
 }
 
