@@ -14,9 +14,9 @@ struct Arguments {
   char** vector;
 };
 
-/// The words among the arguments: the verb, then its direct object if any. Options and what belongs to
-/// them are passed over, so that they may stand before the words as well as behind them. Borrowed from
-/// the arguments.
+/// The words among the arguments: the verb, then its direct object if any. Options and what belongs
+/// to them are passed over, so that they may stand before the words as well as behind them.
+/// Borrowed from the arguments.
 std::vector<const char*> wordsOf(const Arguments& arguments);
 
 /// What getopt_long takes: the short options, and the long ones up to an all-zero row.

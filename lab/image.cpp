@@ -4,6 +4,8 @@
 
 namespace tavrenix::lab {
 
+Image::Image() = default;
+
 Image Image::parse(std::string_view text) {
   Image image;
   image.document_ = readJSON(text);

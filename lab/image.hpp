@@ -25,7 +25,7 @@ struct ImageEntry {
 
 class Image {
  public:
-  Image() = default;
+  Image();
   // Throws ImageError, which names the place and the fault, unless text is a whole and sound image.
   static Image parse(std::string_view text);
   std::string text() const { return printJSON(document_); }

@@ -35,11 +35,12 @@ header_warnings=(-Wall -Wextra -Wpedantic -pedantic-errors -Werror -Wshadow -Wco
 check_headers() {
   local header compiler status=0
   local -a headers
-  mapfile -d '' -t headers < <(tracked 'include/tavrenix/*.h')
+  mapfile -d '' -t headers < <(tracked 'include/tavrenix/*.h' 'include/tavrenix/*.hpp')
   ((${#headers[@]})) || { echo "no public header found"; return 1; }
   for header in "${headers[@]}"; do
     for compiler in "gcc -x c -std=c11 -Wstrict-prototypes" "clang -x c -std=c11 -Wstrict-prototypes" \
       "g++ -x c++ -std=c++20" "clang++ -x c++ -std=c++20"; do
+      [[ $header == *.hpp && $compiler == *"-x c "* ]] && continue
       # shellcheck disable=SC2086 # the compiler and its options are words
       echo "#include <${header#include/}>" |
         $compiler "${header_warnings[@]}" -Iinclude -fsyntax-only - || status=1

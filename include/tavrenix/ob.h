@@ -145,46 +145,47 @@ OB_EXPORT void ObPoolDrain(ObPoolRef pool);
 /* ---- Blocks ---- */
 
 /*
- * A block is a structure of the client's own whose first member is a pointer to its invoke function; the
- * function is called with the block itself as first argument. A function that takes a block declares the
- * structure for it, and stores the pointer as given: it neither copies nor frees the block. block.hpp
- * makes one of a C++ lambda.
+ * A block is a structure of the client's own whose first member is a pointer to its invoke
+ * function; the function is called with the block itself as first argument. A function that takes a
+ * block declares the structure for it, and stores the pointer as given: it neither copies nor frees
+ * the block. block.hpp makes one of a C++ lambda.
  */
 
 /* ---- Dispatch queues: tasks run one after the other, on a thread of the queue's own ---- */
 
-typedef struct ObDispatchQueue *ObDispatchQueueRef;
-typedef void (*ObDispatchFunction)(void *context);
+typedef struct ObDispatchQueue* ObDispatchQueueRef;
+typedef void (*ObDispatchFunction)(void* context);
 
 OB_EXPORT ObTypeID ObDispatchQueueGetTypeID(void);
-/* A queue, owned by the caller. label (may be NULL) names its thread to debuggers. NULL where no thread
- * can be started. Releasing the last reference does not wait, and a task may do it: what is queued
- * still runs, then the thread ends. The thread takes no signals. */
-OB_EXPORT ObDispatchQueueRef ObDispatchQueueCreate(const char *label);
+/* A queue, owned by the caller. label (may be NULL) names its thread to debuggers. NULL where no
+ * thread can be started. Releasing the last reference does not wait, and a task may do it: what is
+ * queued still runs, then the thread ends. The thread takes no signals. */
+OB_EXPORT ObDispatchQueueRef ObDispatchQueueCreate(const char* label);
 /* Queues function(context), from any thread. Each task has a pool around it. False, and nothing is
  * queued, where memory ran out or queue is none. */
-OB_EXPORT bool ObDispatchAsync(ObDispatchQueueRef queue, ObDispatchFunction function, void *context);
-/* Waits until everything queued before the call has run. False, at once, in a task of the queue itself,
- * where that would never be. */
+OB_EXPORT bool ObDispatchAsync(ObDispatchQueueRef queue, ObDispatchFunction function,
+                               void* context);
+/* Waits until everything queued before the call has run. False, at once, in a task of the queue
+ * itself, where that would never be. */
 OB_EXPORT bool ObDispatchQueueDrain(ObDispatchQueueRef queue);
 
 /* ---- Run loops: a thread waits, and sources that have been signalled are performed on it ---- */
 
-typedef struct ObRunLoop *ObRunLoopRef;
-typedef struct ObRunLoopSource *ObRunLoopSourceRef;
+typedef struct ObRunLoop* ObRunLoopRef;
+typedef struct ObRunLoopSource* ObRunLoopSourceRef;
 
-/* What a source calls. Every function may be NULL. None is called with a lock held, so each may call
- * anything. */
+/* What a source calls. Every function may be NULL. None is called with a lock held, so each may
+ * call anything. */
 typedef struct ObRunLoopSourceContext {
-  void *info;                  /* the argument of all of them */
-  void (*retain)(void *info);  /* once, when the source is created */
-  void (*release)(void *info); /* once, when the source is freed, on whatever thread that is */
-  /* The source was added to, or taken out of, a loop and mode: on the thread that does it, within the
-   * call. */
-  void (*schedule)(void *info, ObRunLoopRef loop, ObStringRef mode);
-  void (*cancel)(void *info, ObRunLoopRef loop, ObStringRef mode);
+  void* info;                  /* the argument of all of them */
+  void (*retain)(void* info);  /* once, when the source is created */
+  void (*release)(void* info); /* once, when the source is freed, on whatever thread that is */
+  /* The source was added to, or taken out of, a loop and mode: on the thread that does it, within
+   * the call. */
+  void (*schedule)(void* info, ObRunLoopRef loop, ObStringRef mode);
+  void (*cancel)(void* info, ObRunLoopRef loop, ObStringRef mode);
   /* The source was signalled: on the thread of a loop that it is in. */
-  void (*perform)(void *info);
+  void (*perform)(void* info);
 } ObRunLoopSourceContext;
 
 /* The mode for clients that need no other. */
@@ -193,27 +194,30 @@ OB_EXPORT extern const ObStringRef kObRunLoopDefaultMode;
 OB_EXPORT ObTypeID ObRunLoopGetTypeID(void);
 OB_EXPORT ObTypeID ObRunLoopSourceGetTypeID(void);
 
-/* The loop of this thread, made when first asked for. It lives as long as the thread, and longer where it
- * is retained; its sources are removed when the thread ends. NULL where it cannot be made. */
+/* The loop of this thread, made when first asked for. It lives as long as the thread, and longer
+ * where it is retained; its sources are removed when the thread ends. NULL where it cannot be made.
+ */
 OB_EXPORT ObRunLoopRef ObRunLoopGetCurrent(void);
 
 /* A source, owned by the caller. *context is copied. NULL where memory ran out. */
-OB_EXPORT ObRunLoopSourceRef ObRunLoopSourceCreate(const ObRunLoopSourceContext *context);
-/* Has the source performed once by one of the loops that it is in, or will be in, and wakes them. Any
- * thread, as retain and release. Signals that come before it is performed count as one. */
+OB_EXPORT ObRunLoopSourceRef ObRunLoopSourceCreate(const ObRunLoopSourceContext* context);
+/* Has the source performed once by one of the loops that it is in, or will be in, and wakes them.
+ * Any thread, as retain and release. Signals that come before it is performed count as one. */
 OB_EXPORT void ObRunLoopSourceSignal(ObRunLoopSourceRef source);
 /* Takes the source out of every loop and mode. It can never be added again. */
 OB_EXPORT void ObRunLoopSourceInvalidate(ObRunLoopSourceRef source);
 OB_EXPORT bool ObRunLoopSourceIsValid(ObRunLoopSourceRef source);
 
-/* Adds and removes may be made on any thread; for one and the same source they, and its invalidation, are
- * to be serialised. The loop holds the source while it is in it. */
-/* True where the source is in the mode afterwards; a second time changes nothing. False for an invalid
- * source, a loop whose thread has ended, or where memory ran out. */
+/* Adds and removes may be made on any thread; for one and the same source they, and its
+ * invalidation, are to be serialised. The loop holds the source while it is in it. */
+/* True where the source is in the mode afterwards; a second time changes nothing. False for an
+ * invalid source, a loop whose thread has ended, or where memory ran out. */
 OB_EXPORT bool ObRunLoopAddSource(ObRunLoopRef loop, ObRunLoopSourceRef source, ObStringRef mode);
 /* False where the source was not in the mode. */
-OB_EXPORT bool ObRunLoopRemoveSource(ObRunLoopRef loop, ObRunLoopSourceRef source, ObStringRef mode);
-OB_EXPORT bool ObRunLoopContainsSource(ObRunLoopRef loop, ObRunLoopSourceRef source, ObStringRef mode);
+OB_EXPORT bool ObRunLoopRemoveSource(ObRunLoopRef loop, ObRunLoopSourceRef source,
+                                     ObStringRef mode);
+OB_EXPORT bool ObRunLoopContainsSource(ObRunLoopRef loop, ObRunLoopSourceRef source,
+                                       ObStringRef mode);
 
 typedef enum ObRunLoopResult {
   kObRunLoopFinished = 1, /* no source is in the mode */
@@ -223,19 +227,20 @@ typedef enum ObRunLoopResult {
 
 /* Performs the default mode's sources on this thread until the loop is stopped or has none. */
 OB_EXPORT void ObRunLoopRun(void);
-/* The same for a mode and for so many seconds (0 or less: what is due, without waiting). It may be called
- * within a callback; a stop ends the innermost. */
+/* The same for a mode and for so many seconds (0 or less: what is due, without waiting). It may be
+ * called within a callback; a stop ends the innermost. */
 OB_EXPORT ObRunLoopResult ObRunLoopRunInMode(ObStringRef mode, double seconds);
 /* Ends the run that is on, or the next one where none is. Any thread. */
 OB_EXPORT void ObRunLoopStop(ObRunLoopRef loop);
 /* Makes a waiting loop look again. Any thread. */
 OB_EXPORT void ObRunLoopWakeUp(ObRunLoopRef loop);
 
-/* For clients with an event loop of their own: wait until the descriptor (for poll, epoll, GLib; never
- * read, written or closed by the client) is readable, then call ObRunLoopPerformDue on the loop's own
- * thread for each mode that sources were added in. It is -1 for no loop. */
+/* For clients with an event loop of their own: wait until the descriptor (for poll, epoll, GLib;
+ * never read, written or closed by the client) is readable, then call ObRunLoopPerformDue on the
+ * loop's own thread for each mode that sources were added in. It is -1 for no loop. */
 OB_EXPORT int ObRunLoopGetDescriptor(ObRunLoopRef loop);
-/* Performs what is due in the mode of this thread's loop, without waiting. False where nothing was. */
+/* Performs what is due in the mode of this thread's loop, without waiting. False where nothing was.
+ */
 OB_EXPORT bool ObRunLoopPerformDue(ObStringRef mode);
 
 #ifdef __cplusplus
