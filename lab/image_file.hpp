@@ -16,6 +16,8 @@ inline constexpr std::size_t kLargestImage = std::size_t{1} << 30;
 class File {
  public:
   File(const std::string& path, int flags, unsigned mode = 0);
+  // Takes over an open one.
+  explicit File(int descriptor) noexcept : descriptor_(descriptor) {}
   ~File();
   File(const File&) = delete;
   File& operator=(const File&) = delete;
