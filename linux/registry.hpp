@@ -5,6 +5,8 @@
 // entry that is gone, when its device goes.
 #pragma once
 
+#include <cerrno>
+
 #include "linux/handles.hpp"
 #include "linux/machine.hpp"
 #include "linux/requests.hpp"
@@ -34,6 +36,18 @@ class LinuxRegistry final : public MPIODeviceRegistry {
   bool conformsTo(RegistryHandle entry, std::string_view className) override;
   RegistryResult<EntryID> getEntryID(RegistryHandle entry) override;
   void release(RegistryHandle handle) override { handles_.release(handle); }
+
+  // Arrivals and departures are not told of on this host: there is no port to register with.
+  RegistryPort createNotificationPort() override { return 0; }
+  void setDispatchQueue(RegistryPort, ob::DispatchQueue&) override {}
+  ob::Ref<ob::RunLoopSource> getRunLoopSource(RegistryPort) override { return nullptr; }
+  void destroyNotificationPort(RegistryPort) override {}
+  ob::Ref<const ob::Dictionary> classMatching(std::string_view) override { return nullptr; }
+  RegistryResult<RegistryHandle> addMatchingNotification(RegistryPort, std::string_view,
+                                                         ob::Ref<const ob::Dictionary>,
+                                                         NotificationDelivery) override {
+    return {-ENOTSUP, 0};
+  }
 
   // For the neighbouring seams of the same host.
   std::optional<EntryID> entryIDOf(RegistryHandle entry) const { return handles_.entry(entry); }

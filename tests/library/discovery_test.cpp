@@ -137,7 +137,7 @@ TEST_F(Discovery, CopyPathsAnswersForTheHandleItWasGiven) {
   const Handles after;  // the generation has been seen: the rebuilt unit is found, nothing scanned
   EXPECT_EQ(ObArrayGetCount(after.units.get()), 2u);
   EXPECT_NE(knownLogicalUnit(unitID(0)), nullptr);
-  EXPECT_NE(static_cast<const void*>(knownLogicalUnit(unitID(0))), before.unit());
+  EXPECT_NE(static_cast<const void*>(knownLogicalUnit(unitID(0)).get()), before.unit());
 }
 
 TEST_F(Discovery, AScanByPathEmptiesItsUnitAndLeavesOldPathsKnown) {
