@@ -5,19 +5,18 @@
 // entry that is gone, when its device goes.
 #pragma once
 
-#include <cerrno>
-
 #include "linux/handles.hpp"
 #include "linux/machine.hpp"
+#include "linux/notifications.hpp"
 #include "linux/requests.hpp"
 
 namespace tavrenix::sys {
 
 class LinuxRegistry final : public MPIODeviceRegistry {
  public:
-  // Both are borrowed and outlive the registry.
-  LinuxRegistry(Machine& machine, PathDaemon& daemon)
-      : machine_(machine), requests_(machine, daemon) {}
+  // All are borrowed and outlive the registry.
+  LinuxRegistry(Machine& machine, PathDaemon& daemon, Notifications& notifications)
+      : machine_(machine), requests_(machine, daemon), notifications_(notifications) {}
 
   RegistryHandle findServiceByEntryID(EntryID entryID) override;
   RegistryResult<RegistryHandle> findServicesByEntryID(EntryID entryID) override;
@@ -32,22 +31,19 @@ class LinuxRegistry final : public MPIODeviceRegistry {
                            const ob::Object& value) override;
   RegistryResult<RegistryHandle> createIterator(RegistryHandle entry, std::string_view plane,
                                                 std::uint32_t options) override;
-  RegistryHandle iteratorNext(RegistryHandle iterator) override { return handles_.next(iterator); }
+  RegistryHandle iteratorNext(RegistryHandle iterator) override;
   bool conformsTo(RegistryHandle entry, std::string_view className) override;
   RegistryResult<EntryID> getEntryID(RegistryHandle entry) override;
-  void release(RegistryHandle handle) override { handles_.release(handle); }
+  void release(RegistryHandle handle) override;
 
-  // Arrivals and departures are not told of on this host: there is no port to register with.
-  RegistryPort createNotificationPort() override { return 0; }
-  void setDispatchQueue(RegistryPort, ob::DispatchQueue&) override {}
-  ob::Ref<ob::RunLoopSource> getRunLoopSource(RegistryPort) override { return nullptr; }
-  void destroyNotificationPort(RegistryPort) override {}
-  ob::Ref<const ob::Dictionary> classMatching(std::string_view) override { return nullptr; }
-  RegistryResult<RegistryHandle> addMatchingNotification(RegistryPort, std::string_view,
-                                                         ob::Ref<const ob::Dictionary>,
-                                                         NotificationDelivery) override {
-    return {-ENOTSUP, 0};
-  }
+  RegistryPort createNotificationPort() override;
+  void setDispatchQueue(RegistryPort port, ob::DispatchQueue& queue) override;
+  ob::Ref<ob::RunLoopSource> getRunLoopSource(RegistryPort port) override;
+  void destroyNotificationPort(RegistryPort port) override;
+  ob::Ref<const ob::Dictionary> classMatching(std::string_view className) override;
+  RegistryResult<RegistryHandle> addMatchingNotification(RegistryPort port, std::string_view kind,
+                                                         ob::Ref<const ob::Dictionary> matching,
+                                                         NotificationDelivery deliver) override;
 
   // For the neighbouring seams of the same host.
   std::optional<EntryID> entryIDOf(RegistryHandle entry) const { return handles_.entry(entry); }
@@ -57,6 +53,7 @@ class LinuxRegistry final : public MPIODeviceRegistry {
   Machine& machine_;
   Requests requests_;
   HandleTable handles_;
+  Notifications& notifications_;
 };
 
 }  // namespace tavrenix::sys
