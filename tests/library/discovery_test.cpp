@@ -137,7 +137,7 @@ TEST_F(Discovery, CopyPathsAnswersForTheHandleItWasGiven) {
   const Handles after;  // the generation has been seen: the rebuilt unit is found, nothing scanned
   EXPECT_EQ(ObArrayGetCount(after.units.get()), 2u);
   EXPECT_NE(knownLogicalUnit(unitID(0)), nullptr);
-  EXPECT_NE(static_cast<const void*>(knownLogicalUnit(unitID(0))), before.unit());
+  EXPECT_NE(static_cast<const void*>(knownLogicalUnit(unitID(0)).get()), before.unit());
 }
 
 TEST_F(Discovery, AScanByPathEmptiesItsUnitAndLeavesOldPathsKnown) {
@@ -154,7 +154,7 @@ TEST_F(Discovery, AScanByPathEmptiesItsUnitAndLeavesOldPathsKnown) {
   ASSERT_NE(knownLogicalUnit(unitID(0)), nullptr);
   const auto& rebuiltPaths = knownLogicalUnit(unitID(0))->logicalUnitPaths();
   ASSERT_EQ(rebuiltPaths.size(), 1u);
-  EXPECT_EQ(knownPath(pathID(0, 0)), rebuiltPaths.begin()->second.get());  // the old one replaced
+  EXPECT_EQ(knownPath(pathID(0, 0)), rebuiltPaths.begin()->second);  // the old one replaced
   touch(host->memory);
   const Handles rebuilt;
   EXPECT_EQ(knownPath(pathID(0, 1)), nullptr);
@@ -184,7 +184,7 @@ TEST_F(Discovery, AScanOfOneUnitForgetsThePathsOfItsHandle) {
   EXPECT_EQ(ObArrayGetCount(handles.paths().get()), 2u);  // the handle's own stay with it
   EXPECT_EQ(knownPath(pathID(0, 1)), nullptr);
   ASSERT_NE(knownPath(pathID(0, 0)), nullptr);
-  EXPECT_NE(static_cast<const void*>(knownPath(pathID(0, 0))),
+  EXPECT_NE(static_cast<const void*>(knownPath(pathID(0, 0)).get()),
             at<MPIOLogicalUnitPathRef>(paths, 0));
 }
 
