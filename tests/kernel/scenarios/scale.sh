@@ -5,6 +5,7 @@ modprobe -a dm_mod dm_multipath dm_service_time scsi_dh_alua sd_mod
 debug_units 64 4
 
 # make_maps UNITS: maps of four paths each over the disks there are; device-mapper lets maps share them.
+# Request queues for a thousand maps would fill the memory, so these work on bios.
 # A line for `dmsetup create --concise` holds sixteen of them, which is as much as it reads at once.
 make_maps() {
   local line
@@ -13,9 +14,9 @@ make_maps() {
     END {
       for (unit = 0; unit < units; unit++) {
         printf "unit%d,mpath-3600a0b8000000000000000000000%04d,,rw,", unit, unit
-        printf "0 16384 multipath 0 0 1 1 service-time 0 4 2"
+        printf "0 16384 multipath 2 queue_mode bio 0 1 1 service-time 0 4 2"
         for (path = 0; path < 4; path++) printf " %s 1 1", number[(unit * 4 + path) % NR + 1]
-        printf unit % 16 == 15 || unit == units - 1 ? "\n" : ";"
+        printf "%s", (unit % 16 == 15 || unit == units - 1 ? "\n" : ";")
       }
     }' >/tmp/concise
   while read -r line; do
