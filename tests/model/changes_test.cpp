@@ -223,6 +223,7 @@ TEST_F(Changes, OfOneUnitNeverMeetEachOtherNorAReader) {
   };
   const auto comeAndGo = [&] {
     unit->removePath(paths[2].get());
+    std::this_thread::yield();
     unit->addPath(paths[2].get(), pathID(0, 2));
   };
   std::thread threads[] = {repeat([&] { unit->setAlgorithm(4, nullptr); }),
