@@ -1,6 +1,8 @@
 // When the manager scans, what a scan makes of the registry, and what it costs.
 #include <gmock/gmock.h>
 
+#include <cstring>
+
 #include "model/registry_names.hpp"
 #include "tests/library/owned.hpp"
 #include "tests/support/library_host.hpp"
@@ -44,6 +46,21 @@ TEST_F(Discovery, AnUnchangedGenerationCostsOneQueryAndReturnsTheSameHandles) {
   EXPECT_EQ(second.unit(1), first.unit(1));
   EXPECT_EQ(count(Operation::kTunable), 1u);
   EXPECT_EQ(host->watch.registryOperations(), 0u);
+}
+
+TEST_F(Discovery, TheGenerationIsTakenAsAnsweredWhateverTheStatus) {
+  fill({.units = 2, .paths = 0});
+  const std::uint32_t far = 0xFFFF'FF00;
+  host->watch.answerTunable = [&](void* room, std::size_t* size, const void* asked,
+                                  std::size_t length) {
+    const SCSIMPIOStatisticsRequest expected{.requestType = 2};
+    EXPECT_TRUE(length == 24 && std::memcmp(asked, &expected, length) == 0);
+    EXPECT_TRUE(*size == 4 && std::memcmp(room, "\0\0\0\0", 4) == 0);
+    std::memcpy(room, &far, sizeof far);
+    return -1;
+  };
+  EXPECT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
+  host->watch.answerTunable = nullptr;
 }
 
 TEST_F(Discovery, AFullScanCostsWhatItMustAndNothingMore) {
