@@ -57,6 +57,12 @@ bool MemoryRegistry::replaceProperties(EntryID id, ob::Ref<const ob::Dictionary>
   return entry != nullptr;
 }
 
+bool MemoryRegistry::replaceParents(EntryID id, const std::vector<EntryID>& parents) {
+  const Lock lock(mutex_);
+  Entry* entry = tree_.find(id);
+  return entry != nullptr && tree_.setParents(*entry, parents);
+}
+
 void MemoryRegistry::setWriteHandler(WriteHandler handler) {
   const Lock lock(mutex_);
   writeHandler_ = std::move(handler);

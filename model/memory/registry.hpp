@@ -32,6 +32,8 @@ class MemoryRegistry final : public MPIODeviceRegistry {
   // The entry's properties, all at once. None where there is no such entry.
   ob::Ref<const ob::Dictionary> properties(EntryID id) const;
   bool replaceProperties(EntryID id, ob::Ref<const ob::Dictionary> properties);
+  // The entry stays the same one. False where it or a parent is not there.
+  bool replaceParents(EntryID id, const std::vector<EntryID>& parents);
   void setWriteHandler(WriteHandler handler);
 
   // As long as it lives, changes of the tree are noted but nobody is told of them. A driver whose
