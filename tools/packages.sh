@@ -5,6 +5,7 @@ declare -A packages
 packages[build]="g++ cmake ninja-build pkg-config nlohmann-json3-dev libdevmapper-dev libudev-dev"
 packages[test]="${packages[build]} gcc libgtest-dev libgmock-dev python3 python3-cram"
 packages[bench]="${packages[build]} libbenchmark-dev"
+packages[kernel]="${packages[build]} qemu-system-x86 cpio"
 packages[format]="clang-format git"
 packages[check]="${packages[test]} ${packages[format]} clang clang-tidy libclang-rt-14-dev valgrind"
 

@@ -151,6 +151,7 @@ RegistryResult<RegistryHandle> WatchedRegistry::addMatchingNotification(
 int WatchedTunable::sysctlbyname(const char* name, void* oldValue, std::size_t* oldLength,
                                  const void* newValue, std::size_t newLength) {
   if (watch_.fails(Operation::kTunable)) return -1;
+  if (watch_.answerTunable) return watch_.answerTunable(oldValue, oldLength, newValue, newLength);
   return inner_.sysctlbyname(name, oldValue, oldLength, newValue, newLength);
 }
 

@@ -56,6 +56,8 @@ class Watch {
   // All that failAt can reach.
   std::size_t failable() const;
 
+  // Answers the tunable in place of the driver, if set: room, its size, request and its size.
+  std::function<int(void*, std::size_t*, const void*, std::size_t)> answerTunable;
   // Called by each release, after it, if set.
   std::function<void()> onRelease;
 
