@@ -9,6 +9,7 @@ checks=(
   "headers   each public header compiles alone as C11 and as C++20, with both compilers"
   "exports   the shared library shows the names of the public headers and no other"
   "manuals   the manual pages render without warnings and name all that the headers declare"
+  "package   the Debian packages please lintian, install, run and leave nothing behind on a bare Debian"
   "shell     shellcheck finds nothing in the shell scripts"
   "scripts   the tests of the scripts themselves"
   "clang     everything builds with clang, and all tests pass"
@@ -83,6 +84,14 @@ check_manuals() {
   local faults
   faults=$(manual_faults)
   [[ -z $faults ]] || { echo "$faults"; return 1; }
+}
+
+check_package() {
+  ((EUID == 0)) || { echo "a bare Debian is made by the superuser alone"; return "$skipped"; }
+  same_version_everywhere
+  logged package make_packages
+  lint_packages
+  logged bare in_bare_folder try_packages
 }
 
 # The sourced files are judged along with the scripts that source them.
