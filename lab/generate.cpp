@@ -137,12 +137,17 @@ class Generator {
   std::uint64_t nextID_ = kFirstID;
 };
 
-}  // namespace
-
-int main(int argc, char** argv) {
+// What the program prints; its exit status.
+int run(int argc, char** argv) {
   const std::string_view first = argc < 2 ? "" : argv[1];
-  if (first == "--help" || first == "-h") return std::fputs(kHelp, stdout) < 0 ? 1 : 0;
-  if (first == "--version") return std::puts("tavrenix-lab-generate " TAVRENIX_VERSION) < 0 ? 1 : 0;
+  if (first == "--help" || first == "-h") {
+    std::fputs(kHelp, stdout);
+    return 0;
+  }
+  if (first == "--version") {
+    std::puts("tavrenix-lab-generate " TAVRENIX_VERSION);
+    return 0;
+  }
   if (argc < 3 || argc > 4) {
     std::fputs(kHelp, stderr);
     return kBadUse;
@@ -150,7 +155,14 @@ int main(int argc, char** argv) {
   const auto sizes = sizesFrom(argc, argv);
   if (!sizes) return kBadUse;
   Generator(*sizes).print();
-  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return 0;
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int status = run(argc, argv);
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
   std::perror("tavrenix-lab-generate: standard output");
   return 1;
 }

@@ -71,6 +71,15 @@ std::string temporaryFor(const std::string& path) {
   return folderOf(path) + "." + path.substr(path.rfind('/') + 1) + ".tavrenix-lab";
 }
 
+// As far as it can be done. The new text stands by then, and so a folder that cannot be synced, or
+// not even be read, must not be told as a failed write.
+void syncFolder(const std::string& path) {
+  const int folder = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder < 0) return;
+  [[maybe_unused]] const int synced = ::fsync(folder);
+  ::close(folder);
+}
+
 bool isStillAt(const File& file, const std::string& path) {
   struct stat named {};
   const struct stat held = statusOf(file);
@@ -80,9 +89,9 @@ bool isStillAt(const File& file, const std::string& path) {
 
 }  // namespace
 
-File::File(const std::string& path, int flags, unsigned mode)
+File::File(const std::string& path, int flags, unsigned mode, const char* failure)
     : descriptor_(::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode)) {
-  check(descriptor_, "cannot be opened");
+  check(descriptor_, failure);
 }
 
 File::~File() {
@@ -123,7 +132,8 @@ void LockedImageFile::replace(std::string_view text) const {
   const struct stat old = statusOf(*file_);
   ::unlink(temporary.c_str());  // what a killed process left; the lock says that it is nobody's now
   try {
-    const File file(temporary, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
+    const File file(temporary, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR,
+                    "cannot be replaced by a new file beside it");
     // Only the superuser may give files away; for others the file becomes their own.
     [[maybe_unused]] const int given = ::fchown(file.descriptor(), old.st_uid, old.st_gid);
     check(::fchmod(file.descriptor(), old.st_mode & 07777), "cannot be given its mode");
@@ -136,9 +146,7 @@ void LockedImageFile::replace(std::string_view text) const {
     errno = saved;
     throw;
   }
-  // The new text stands by now: a folder that cannot be synced must not be told as a failed write.
-  const File folder(folderOf(path_), O_RDONLY | O_DIRECTORY);
-  [[maybe_unused]] const int synced = ::fsync(folder.descriptor());
+  syncFolder(folderOf(path_));
 }
 
 }  // namespace tavrenix::lab

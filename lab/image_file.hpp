@@ -15,7 +15,9 @@ inline constexpr std::size_t kLargestImage = std::size_t{1} << 30;
 // An open file descriptor.
 class File {
  public:
-  File(const std::string& path, int flags, unsigned mode = 0);
+  // failure is what a message says where it cannot be opened.
+  File(const std::string& path, int flags, unsigned mode = 0,
+       const char* failure = "cannot be opened");
   ~File();
   File(const File&) = delete;
   File& operator=(const File&) = delete;

@@ -126,6 +126,10 @@ class Builder final : public nlohmann::json_sax<Json> {
 }  // namespace
 
 Json readJSON(std::string_view text) {
+  // The parser takes a zero byte for the end, and what stands behind it would be lost unseen.
+  if (const std::size_t zero = text.find('\0'); zero != text.npos) {
+    throw ImageError(lineAndColumn(text, zero) + ": a zero byte is no JSON");
+  }
   Builder builder(text);
   Json::sax_parse(text.begin(), text.end(), &builder);
   return builder.takeDocument();

@@ -35,6 +35,12 @@ int complain(std::string_view line) {
   return kBadUse;
 }
 
+// Not done where the text did not arrive, as on a full disk.
+int show(const char* text) {
+  const bool shown = std::fputs(text, stdout) >= 0 && std::fflush(stdout) == 0;
+  return shown ? 0 : 1;
+}
+
 uid_t effectiveUser() {
   return tavrenix::sharedHost().effectiveUser();
 }
@@ -45,8 +51,8 @@ int run(int argc, char** argv) {
     std::fputs(kHelp, stderr);
     return kBadUse;
   }
-  if (first == "--help" || first == "-h") return std::fputs(kHelp, stdout) < 0 ? 1 : 0;
-  if (first == "--version") return std::puts("tavrenix-lab " TAVRENIX_VERSION) < 0 ? 1 : 0;
+  if (first == "--help" || first == "-h") return show(kHelp);
+  if (first == "--version") return show("tavrenix-lab " TAVRENIX_VERSION "\n");
   if (first.starts_with('-')) {
     return complain("unknown option " + tavrenix::lab::printable(first) +
                     "; see tavrenix-lab --help");

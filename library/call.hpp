@@ -13,16 +13,21 @@
 
 namespace tavrenix {
 
-// Runs work inside a scratch pool. The failure value is null, zero or false.
+// Runs work. Where memory runs out it yields the failure value: null, zero or false.
 template <class Result, class Work>
-Result withPool(Work work) noexcept {
-  const auto pool = MPIOScratchPoolCreate();
-  if (!pool) return Result{};
+Result withoutThrowing(Work work) noexcept {
   try {
     return work();
   } catch (const std::bad_alloc&) {
     return Result{};
   }
+}
+
+// The same inside a scratch pool.
+template <class Result, class Work>
+Result withPool(Work work) noexcept {
+  const auto pool = MPIOScratchPoolCreate();
+  return pool ? withoutThrowing<Result>(work) : Result{};
 }
 
 // The model object behind a handle, borrowed; null where the handle is of another kind.

@@ -7,9 +7,20 @@
 
 namespace tavrenix {
 
+namespace {
+
+// There before any code runs and never destroyed: other exit handlers may still ask for it.
+union SharedManager {
+  constexpr SharedManager() noexcept : manager{} {}
+  ~SharedManager() {}
+  MPIOManager manager;
+};
+constinit SharedManager gShared;
+
+}  // namespace
+
 MPIOManager& manager() noexcept {
-  static auto* const shared = new MPIOManager;
-  return *shared;
+  return gShared.manager;
 }
 
 void MPIOManagerInitialize() noexcept {
@@ -51,13 +62,13 @@ void MPIOManagerRescan(int mode, const ob::Object* handle) noexcept {
   MPIOManager& shared = manager();
   if (!pool || !shared.lock) return;
   const std::lock_guard lock(*shared.lock);
-  MPIOHost& host = sharedHost();
-  // The generation is the only trigger: it starts at 0, so a driver that answers 0 is never
-  // scanned.
-  const std::uint32_t generation = configurationGeneration(host.tunable());
-  if (generation == shared.lastGeneration) return;
-  shared.lastGeneration = generation;
   try {
+    MPIOHost& host = sharedHost();
+    // The generation is the only trigger: it starts at 0, so a driver that answers 0 is never
+    // scanned.
+    const std::uint32_t generation = configurationGeneration(host.tunable());
+    if (generation == shared.lastGeneration) return;
+    shared.lastGeneration = generation;
     scanRegistry(shared, host, mode, handle);
   } catch (const std::bad_alloc&) {  // ends the scan as it stands
   }

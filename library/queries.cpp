@@ -4,6 +4,18 @@
 
 using namespace tavrenix;
 
+namespace {
+
+// The handle that known finds under the entry ID of a registry object, or null.
+template <class CRef, class Model>
+CRef copyForService(MPIORegistryObject service, Model* (*known)(EntryID)) {
+  const auto [status, entryID] = sharedHost().registry().getEntryID(service);
+  if (status != kSuccess) return nullptr;
+  return handOut<CRef>(ob::Ref<Model>::retain(known(entryID)));
+}
+
+}  // namespace
+
 extern "C" {
 
 ObTypeID MPIOLogicalUnitGetTypeID(void) {
@@ -72,19 +84,14 @@ ObDictionaryRef MPIOLogicalUnitPathCopyStatistics(MPIOLogicalUnitPathRef handle)
 // Makes no pool, unlike its path counterpart.
 MPIOLogicalUnitRef MPIOCopyLogicalUnitForService(MPIORegistryObject service) {
   if (service == 0) return nullptr;
-  const auto [status, entryID] = sharedHost().registry().getEntryID(service);
-  if (status != kSuccess) return nullptr;
-  return handOut<MPIOLogicalUnitRef>(ob::Ref<MPIOLogicalUnit>::retain(knownLogicalUnit(entryID)));
+  return withoutThrowing<MPIOLogicalUnitRef>(
+      [&] { return copyForService<MPIOLogicalUnitRef>(service, knownLogicalUnit); });
 }
 
 MPIOLogicalUnitPathRef MPIOCopyLogicalUnitPathForService(MPIORegistryObject service) {
   if (service == 0) return nullptr;
-  return withPool<MPIOLogicalUnitPathRef>([&]() -> MPIOLogicalUnitPathRef {
-    const auto [status, entryID] = sharedHost().registry().getEntryID(service);
-    if (status != kSuccess) return nullptr;
-    return handOut<MPIOLogicalUnitPathRef>(
-        ob::Ref<MPIOLogicalUnitPath>::retain(knownPath(entryID)));
-  });
+  return withPool<MPIOLogicalUnitPathRef>(
+      [&] { return copyForService<MPIOLogicalUnitPathRef>(service, knownPath); });
 }
 
 }  // extern "C"

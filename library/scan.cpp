@@ -40,14 +40,10 @@ class Scan {
 
 RegistryResult<RegistryHandle> Scan::select(int mode, const ob::Object* handle) {
   if (mode == MPIORescanAll) return selectAll();
-  const ob::TypeID kind =
-      handle == nullptr ? static_cast<ob::TypeID>(ob::kNoType) : handle->typeID();
   if (mode == MPIORescanLogicalUnit) {
-    if (kind == MPIOLogicalUnit::getTypeID()) {
-      return selectUnit(static_cast<const MPIOLogicalUnit&>(*handle));
-    }
-  } else if (kind == MPIOLogicalUnitPath::getTypeID()) {
-    return selectUnitOf(static_cast<const MPIOLogicalUnitPath&>(*handle));
+    if (const auto* unit = dynamic_cast<const MPIOLogicalUnit*>(handle)) return selectUnit(*unit);
+  } else if (const auto* path = dynamic_cast<const MPIOLogicalUnitPath*>(handle)) {
+    return selectUnitOf(*path);
   }
   return {};  // the new generation has been noted all the same: required behaviour
 }
@@ -89,8 +85,8 @@ bool isStorage(const ob::Dictionary& properties) {
 
 void Scan::visit(RegistryHandle entry) {
   {
-    const auto [status, properties] = registry_.copyProperties(entry);
-    if (status != kSuccess || !isStorage(*properties)) return;
+    const auto read = registry_.copyProperties(entry);
+    if (read.status != kSuccess || !isStorage(*read.value)) return;
   }
   const auto [status, entryID] = registry_.getEntryID(entry);
   if (status != kSuccess) return;
@@ -124,9 +120,12 @@ void Scan::visitPaths(RegistryHandle entry, MPIOLogicalUnit* unit) {
 
 void Scan::enterPath(EntryID entryID, MPIOLogicalUnit* unit) {
   if (unit != nullptr && unit->logicalUnitPaths().contains(entryID)) return;
-  const auto path = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host_, entryID, unit);
-  if (unit != nullptr) unit->addPath(path.get(), entryID);
-  shared_.paths->set(entryID, path);
+  try {
+    const auto path = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host_, entryID, unit);
+    if (unit != nullptr) unit->addPath(path.get(), entryID);
+    shared_.paths->set(entryID, path);
+  } catch (const std::bad_alloc&) {  // the scan goes on without this path
+  }
 }
 
 void Scan::merge() {
@@ -143,7 +142,10 @@ void scanRegistry(MPIOManager& shared, MPIOHost& host, int mode, const ob::Objec
   Scan scan(shared, host);
   const auto [status, found] = scan.select(mode, handle);
   if (status != kSuccess || found == 0) return;
-  forEachEntry(host.registry(), found, [&](RegistryHandle entry) { scan.visit(entry); });
+  try {
+    forEachEntry(host.registry(), found, [&](RegistryHandle entry) { scan.visit(entry); });
+  } catch (const std::bad_alloc&) {  // what was found until then is entered all the same
+  }
   scan.merge();
 }
 

@@ -13,8 +13,8 @@ inline ob::Ref<const ob::Dictionary> copyEntryProperties(MPIODeviceRegistry& reg
                                                          EntryID entryID) {
   const ScopedHandle entry(registry, registry.findServiceByEntryID(entryID));
   if (!entry) return nullptr;
-  auto [status, properties] = registry.copyProperties(entry.get());
-  return status == kSuccess ? std::move(properties) : nullptr;
+  auto read = registry.copyProperties(entry.get());
+  return read.status == kSuccess ? std::move(read.value) : nullptr;
 }
 
 // Calls visit with each entry that the iterator yields, releasing entry and iterator.

@@ -36,8 +36,9 @@ void MPIOLogicalUnitPath::rebuildPropertiesFromEntry() {
   MPIODeviceRegistry& registry = host_.registry();
   const ScopedHandle entry(registry, registry.findServiceByEntryID(serviceEntryID_));
   if (!entry) return;
-  const auto [status, properties] = registry.copyProperties(entry.get());
-  if (status != kSuccess) return;
+  const auto read = registry.copyProperties(entry.get());
+  if (read.status != kSuccess) return;
+  const auto& properties = read.value;
 
   // Once set, an identifier stays: commands find the path by it.
   if (!pathID_.load()) pathID_.store(logicalUnitPathIdentifierFromPropertiesDict(properties.get()));
@@ -131,9 +132,10 @@ bool MPIOLogicalUnitPath::grabPathStatsBuffer(EntryID pathEntryID, SCSIPathStati
                                           .pathEntryID = pathEntryID};
   const int result = readStatistics(host_.tunable(), request, &record, sizeof record);
   if (result != 0) {
-    const auto* failure =
-        MPIOErrorCreate("sysctlbyname failed", kErrorStatisticsUnavailable, result);
-    if (error != nullptr) *error = failure;
+    // Not made where it is not wanted: a scan of many silent paths would pile them up in its pool.
+    if (error != nullptr) {
+      *error = MPIOErrorCreate("sysctlbyname failed", kErrorStatisticsUnavailable, result);
+    }
     return false;
   }
   *statistics = record;

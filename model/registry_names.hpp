@@ -1,5 +1,5 @@
-// Names that belong to the registry. The public keys are another vocabulary (library/keys.cpp); the
-// text "Logical Unit Alias" is the only one that stands in both.
+// Names that belong to the registry. The public keys are another vocabulary (keys.hpp), even where
+// a text stands in both: "Logical Unit Alias" and "Logical Unit Path Identifier".
 #pragma once
 
 #include <string_view>

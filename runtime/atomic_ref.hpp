@@ -36,8 +36,8 @@ class AtomicRef {
   static constexpr std::uintptr_t kLocked = 1;
 
   static T* pointer(std::uintptr_t word) noexcept {
-    return reinterpret_cast<T*>(
-        word);  // NOLINT(performance-no-int-to-ptr): the word is the pointer
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the word is the pointer
+    return reinterpret_cast<T*>(word);
   }
 
   std::uintptr_t lock() const noexcept {

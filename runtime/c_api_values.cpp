@@ -10,7 +10,7 @@ namespace {
 
 template <class T>
 bool store(const std::optional<T>& value, T* out) {
-  if (value) *out = *value;
+  if (value && out != nullptr) *out = *value;
   return value.has_value();
 }
 

@@ -24,7 +24,7 @@ std::optional<std::int64_t> Number::asInt64() const noexcept {
     if (*value > static_cast<std::uint64_t>(INT64_MAX)) return std::nullopt;
     return static_cast<std::int64_t>(*value);
   }
-  return exact<std::int64_t>(std::get<double>(value_), -std::ldexp(1.0, 63), 63);
+  return exact<std::int64_t>(*std::get_if<double>(&value_), -std::ldexp(1.0, 63), 63);
 }
 
 std::optional<std::uint64_t> Number::asUInt64() const noexcept {
@@ -33,11 +33,13 @@ std::optional<std::uint64_t> Number::asUInt64() const noexcept {
     if (*value < 0) return std::nullopt;
     return static_cast<std::uint64_t>(*value);
   }
-  return exact<std::uint64_t>(std::get<double>(value_), 0, 64);
+  return exact<std::uint64_t>(*std::get_if<double>(&value_), 0, 64);
 }
 
 double Number::asDouble() const noexcept {
-  return std::visit([](auto value) { return static_cast<double>(value); }, value_);
+  if (const auto* value = std::get_if<std::int64_t>(&value_)) return static_cast<double>(*value);
+  if (const auto* value = std::get_if<std::uint64_t>(&value_)) return static_cast<double>(*value);
+  return *std::get_if<double>(&value_);
 }
 
 std::uint64_t Number::bits() const noexcept {
@@ -50,7 +52,7 @@ bool Number::equals(const Object& other) const noexcept {
   const auto& number = static_cast<const Number&>(other);
   if (const auto mine = asInt64()) return mine == number.asInt64();
   if (const auto mine = asUInt64()) return mine == number.asUInt64();
-  return value_ == number.value_;
+  return !number.asInt64() && !number.asUInt64() && asDouble() == number.asDouble();
 }
 
 constinit ConstantBoolean kTrue(true);

@@ -3,10 +3,12 @@
  *
  * Conventions (those of ob.h hold as well)
  *  1. A handle stands for one logical unit or one path. It is an object: retain, release and
- * compare it with the functions of ob.h. A handle stays valid as long as it is retained, even when
- * its device is gone; functions then return their failure value.
+ *     compare it with the functions of ob.h. It stays valid as long as it is retained, even when
+ *     its device is gone. Functions then return their failure value, except that
+ *     MPIOLogicalUnitCopyPaths and MPIOLogicalUnitPathCopyProperties tell what the handle still
+ *     holds, and MPIOLogicalUnitPathDisable tries.
  *  2. Every array and dictionary returned is a copy of its own that the caller releases. Handles
- * inside a returned array are held by the array.
+ *     inside a returned array are held by the array.
  *  3. Failure values are NULL, false and 0. A function with an error argument writes it only where
  *     there is an error to tell; the caller then releases it. Some failures tell none, on purpose.
  *     NULL may be passed where the error is not wanted.

@@ -3,7 +3,7 @@
  *
  * Conventions
  *  1. Every object is an opaque reference. ObTypeRef stands for any of them; each kind has a type
- * of its own as well. NULL is no object.
+ *     of its own as well. NULL is no object.
  *  2. A function whose name contains Create or Copy returns a reference that the caller owns and
  *     gives back with ObRelease. A function whose name contains Get returns something borrowed: it
  *     lives as long as the object that it came from.

@@ -8,8 +8,8 @@ using Lock = std::lock_guard<std::mutex>;
 
 RegistryHandle MemoryRegistry::open(Slot slot) {
   if (freeSlots_.empty()) {
+    freeSlots_.reserve(slots_.size() + 1);  // so that release never needs memory
     slots_.push_back(std::move(slot));
-    freeSlots_.reserve(slots_.size());  // so that release never needs memory
     return static_cast<RegistryHandle>(slots_.size());
   }
   const RegistryHandle handle = freeSlots_.back();

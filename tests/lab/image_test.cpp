@@ -48,6 +48,7 @@ TEST(BadImage, SyntaxErrorsNameLineAndColumn) {
   expectSyntaxError("{\"a\": \"\x1b[31m\"}", "line 1, column 8: ");
   expectSyntaxError("{} {}", "line 1, column 4: ");
   expectSyntaxError("{\"a\": 1e999}", "line 1, column 11: ");
+  expectSyntaxError(withEntries("") + '\0' + "more", "line 1, column 33: ");
   expectSyntaxError("{\"a\": \"" + std::string(100'000, 'x'), "line 1, column 100008: ");
 }
 

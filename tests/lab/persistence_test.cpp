@@ -1,6 +1,8 @@
 // Writes through the registry seam, and what stands in the file afterwards.
+#include <linux/capability.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -45,6 +47,22 @@ KernelStatus writeTo(SimulatedHost& host, const ob::Object& request) {
   auto& registry = host.memory().registry();
   const ScopedHandle unit(registry, registry.findServiceByEntryID(100));
   return registry.setProperty(unit.get(), registry::kProperties, request);
+}
+
+// What test answers in a process of its own, which may give up what it cannot take back.
+template <class Test>
+bool inAnotherProcess(const Test& test) {
+  const pid_t child = ::fork();
+  if (child == 0) ::_exit(test() ? 0 : 1);
+  int status = -1;
+  return child > 0 && ::waitpid(child, &status, 0) == child && status == 0;
+}
+
+// From then on the modes of files bind the superuser as well.
+bool giveUpCapabilities() {
+  __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+  const __user_cap_data_struct none[_LINUX_CAPABILITY_U32S_3] = {};
+  return ::syscall(SYS_capset, &header, none) == 0;
 }
 
 class PersistenceTest : public testing::Test {
@@ -156,25 +174,40 @@ TEST_F(PersistenceTest, LeftoversOfAKilledProcessDoNoHarm) {
   EXPECT_EQ(scratch_.files(), 2U);
 }
 
-// In a process of its own, because the limit cannot be taken back there.
 TEST_F(PersistenceTest, AFileThatCannotBeWrittenStaysWhole) {
   load();
-  const pid_t child = ::fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
+  EXPECT_TRUE(inAnotherProcess([this] {
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit limit{100, 100};
     ::setrlimit(RLIMIT_FSIZE, &limit);
-    const KernelStatus status = writeTo(host_, *pathRequest("01", 3));
-    const bool unchanged = host_.memory().tunable().generation() == 1;
-    const std::string wanted = path_ + ": cannot be written: File too large\n";
-    ::_exit(status == -EFBIG && unchanged && reported_ == wanted ? 0 : 1);
-  }
-  int status = -1;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
+    return writeTo(host_, *pathRequest("01", 3)) == -EFBIG &&
+           host_.memory().tunable().generation() == 1 &&
+           reported_ == path_ + ": cannot be written: File too large\n";
+  }));
   EXPECT_EQ(contentsOf(path_), imageText(""));
   EXPECT_EQ(scratch_.files(), 1U);
+}
+
+TEST_F(PersistenceTest, AFolderThatTakesNoFileIsTheReasonGiven) {
+  load();
+  ASSERT_EQ(::chmod(scratch_.path("").c_str(), 0500), 0);
+  EXPECT_TRUE(inAnotherProcess([this] {
+    return giveUpCapabilities() && writeTo(host_, *pathRequest("01", 3)) == -EACCES &&
+           reported_ == path_ + ": cannot be replaced by a new file beside it: Permission denied\n";
+  }));
+  ASSERT_EQ(::chmod(scratch_.path("").c_str(), 0700), 0);
+  EXPECT_EQ(contentsOf(path_), imageText(""));
+}
+
+TEST_F(PersistenceTest, AFolderThatCannotBeReadIsNoFailure) {
+  load();
+  ASSERT_EQ(::chmod(scratch_.path("").c_str(), 0300), 0);
+  EXPECT_TRUE(inAnotherProcess([this] {
+    return giveUpCapabilities() && writeTo(host_, *pathRequest("01", 3)) == kSuccess &&
+           host_.memory().tunable().generation() == 2 && reported_.empty();
+  }));
+  ASSERT_EQ(::chmod(scratch_.path("").c_str(), 0700), 0);
+  EXPECT_EQ(disabledPaths(stored()), "1");
 }
 
 TEST_F(PersistenceTest, AFileThatWentBadOrAwayIsReportedAndLeft) {

@@ -73,7 +73,9 @@ TEST(Generate, NamesABadArgument) {
 }
 
 TEST(Generate, TellsThatItsOutputDidNotArrive) {
-  EXPECT_EQ(generate("1000 4 > /dev/full").status, 1);
+  for (const char* arguments : {"1000 4", "--help", "--version"}) {
+    EXPECT_EQ(generate(std::string(arguments) + " > /dev/full").status, 1) << arguments;
+  }
 }
 
 class LabTest : public testing::Test {
@@ -98,6 +100,8 @@ TEST_F(LabTest, TellsThatItIsASimulation) {
   EXPECT_EQ(none.status, 2);
   EXPECT_EQ(none.output, "");  // the redirections leave only standard output
   EXPECT_EQ(lab("--version").output, "tavrenix-lab 0.1.0\n");
+  EXPECT_EQ(lab("--help > /dev/full").status, 1);
+  EXPECT_EQ(lab("--version > /dev/full").status, 1);
 }
 
 TEST_F(LabTest, RefusesABadImageInOneLine) {

@@ -42,6 +42,8 @@ TEST_F(Allocation, WithoutPoolACallReturnsItsFailureValueAndNoError) {
   EXPECT_FALSE(done);
   EXPECT_FALSE(error);
   EXPECT_EQ(host->watch.failable(), 0u);  // nothing was asked of the host
+  EXPECT_FALSE(failsFirst([] { MPIOLogicalUnitCopyProperties(nullptr); }));  // not even a pool
+  EXPECT_FALSE(failsFirst([] { MPIOLogicalUnitEnableAllPaths(nullptr, nullptr); }));
 }
 
 TEST_F(Allocation, OnlyTheLookUpOfAUnitByServiceMakesNoPool) {
@@ -78,6 +80,42 @@ TEST_F(Allocation, AtEverySiteLeakNothingAndHeal) {
     ASSERT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
   }
   EXPECT_GT(site, 50u);
+}
+
+TEST_F(Allocation, InTheHostStaysInsideTheCall) {
+  const Handles handles;
+  MPIODeviceRegistry& registry = host->registry();
+  const ScopedHandle unitEntry(registry, registry.findServiceByEntryID(unitID(0)));
+  const ScopedHandle pathEntry(registry, registry.findServiceByEntryID(pathID(0, 0)));
+  host->watch.exhaustAll(Operation::kGetEntryID);
+  EXPECT_EQ(MPIOCopyLogicalUnitForService(unitEntry.get()), nullptr);
+  EXPECT_EQ(MPIOCopyLogicalUnitPathForService(pathEntry.get()), nullptr);
+  host->watch.exhaustAll(Operation::kTunable);
+  touch(host->memory);
+  EXPECT_EQ(Handles().unit(), handles.unit());  // no generation, so no scan
+  EXPECT_EQ(MPIOLogicalUnitCopyStatistics(handles.unit()), nullptr);
+}
+
+TEST_F(Allocation, DuringAScanLosesOnlyTheObjectThatCouldNotBeMade) {
+  bool pathsWithoutUnit = false, unitWithoutFirstPath = false, failed = true;
+  for (std::size_t site = 0; failed; ++site) {
+    SCOPED_TRACE(site);
+    touch(host->memory);
+    failAllocationAfter(site);
+    MPIOManagerRescan(MPIORescanAll, nullptr);
+    failed = allocationFailed();
+    const auto* unit = knownLogicalUnit(unitID(0));
+    const auto* first = knownPath(pathID(0, 0));
+    const auto* second = knownPath(pathID(0, 1));
+    for (const auto* path : {first, second}) {
+      if (path == nullptr) continue;
+      ASSERT_EQ(path->matchingLogicalUnitEntryID(), unit == nullptr ? 0 : unitID(0));
+    }
+    pathsWithoutUnit |= unit == nullptr && first != nullptr && second != nullptr;
+    unitWithoutFirstPath |= unit != nullptr && first == nullptr && second != nullptr;
+  }
+  EXPECT_TRUE(pathsWithoutUnit);
+  EXPECT_TRUE(unitWithoutFirstPath);
 }
 
 }  // namespace

@@ -15,7 +15,10 @@ class Calls : public testing::Test {
   Calls() {
     addStorage(host->memory, {});
     host->memory.registry().setWriteHandler(
-        [this](EntryID, const ob::String&, const ob::Object&) { return ++writes, status; });
+        [this](EntryID, const ob::String&, const ob::Object& value) {
+          lastWrite = Value::retain(&value);
+          return ++writes, status;
+        });
     handles.emplace();
     unit = handles->unit();
     paths = handles->paths();
@@ -41,6 +44,7 @@ class Calls : public testing::Test {
   MPIOLogicalUnitPathRef path = nullptr;
   KernelStatus status = kSuccess;
   int writes = 0;
+  Value lastWrite;
 };
 
 TEST_F(Calls, HandlesAreOfTwoKinds) {
@@ -146,6 +150,41 @@ TEST_F(Calls, AnAlgorithmIsChosenByItsExactValue) {
   EXPECT_FALSE(error);
   ObRelease(lower);
   ObRelease(copy);
+}
+
+TEST_F(Calls, EachChangeAsksForWhatItsNameSays) {
+  const auto algorithm = [](const char* name, std::int64_t count) {
+    return dictionary({{"Algorithm", text(name)}, {"Batch Count", number(count)}});
+  };
+  const auto states = [](std::initializer_list<std::pair<std::string_view, Value>> each) {
+    return dictionary({{"PathState", dictionary(each)}});
+  };
+  const auto all = [&](std::int64_t state) {
+    return states({{"0000", number(state)}, {"0001", number(state)}, {"0002", number(state)}});
+  };
+  struct Case {
+    Value request;
+    std::function<bool()> call;
+  };
+  const auto setTo = [&](ObStringRef value) {
+    return [=, this] { return MPIOLogicalUnitSetAlgorithm(unit, value, nullptr); };
+  };
+  const Case cases[] = {
+      {algorithm("Modified Round Robin", 16), setTo(kMPIOLogicalUnitAlgorithmRoundRobin)},
+      {algorithm("Least Queue Depth", 16), setTo(kMPIOLogicalUnitAlgorithmLeastQueueDepth)},
+      {algorithm("Least Bytes", 16), setTo(kMPIOLogicalUnitAlgorithmLeastBytes)},
+      {algorithm("Least Bytes", 7), [&] { return MPIOLogicalUnitSetBatchCount(unit, 7, nullptr); }},
+      {states({{"0000", number(0)}}), [&] { return MPIOLogicalUnitPathEnable(path, nullptr); }},
+      {states({{"0000", number(3)}}), [&] { return MPIOLogicalUnitPathDisable(path, nullptr); }},
+      {all(0), [&] { return MPIOLogicalUnitEnableAllPaths(unit, nullptr); }},
+      {all(3), [&] { return MPIOLogicalUnitDisableAllPaths(unit, nullptr); }},
+  };
+  for (const Case& each : cases) {
+    SCOPED_TRACE(&each - cases);
+    EXPECT_TRUE(each.call());
+    ASSERT_TRUE(lastWrite);
+    EXPECT_TRUE(lastWrite->equals(*each.request));
+  }
 }
 
 TEST_F(Calls, ErrorsAreHandedOutWithOneReference) {

@@ -152,7 +152,9 @@ TEST_F(Discovery, AScanByPathEmptiesItsUnitAndLeavesOldPathsKnown) {
   EXPECT_EQ(ObArrayGetCount(handles.paths().get()), 0u);  // this handle's paths were taken from it
   EXPECT_NE(knownPath(pathID(0, 1)), nullptr);            // still known, until a full scan
   ASSERT_NE(knownLogicalUnit(unitID(0)), nullptr);
-  EXPECT_EQ(knownLogicalUnit(unitID(0))->logicalUnitPaths().size(), 1u);
+  const auto& rebuiltPaths = knownLogicalUnit(unitID(0))->logicalUnitPaths();
+  ASSERT_EQ(rebuiltPaths.size(), 1u);
+  EXPECT_EQ(knownPath(pathID(0, 0)), rebuiltPaths.begin()->second.get());  // the old one replaced
   touch(host->memory);
   const Handles rebuilt;
   EXPECT_EQ(knownPath(pathID(0, 1)), nullptr);
@@ -168,7 +170,66 @@ TEST_F(Discovery, AllPathChangesTakeNoteOfAChangeWithoutRebuilding) {
     EXPECT_TRUE(change(before.unit(), nullptr));
     const Handles after;
     EXPECT_EQ(ObArrayGetCount(after.units.get()), 2u);
+    EXPECT_EQ(after.unit(0), before.unit(0));
     EXPECT_EQ(after.unit(1), before.unit(1));
+  }
+}
+
+TEST_F(Discovery, AScanOfOneUnitForgetsThePathsOfItsHandle) {
+  fill({.units = 1, .paths = 2});
+  const Handles handles;
+  const auto paths = handles.paths();
+  host->memory.registry().removeEntry(pathID(0, 1));
+  touch(host->memory);
+  EXPECT_EQ(ObArrayGetCount(handles.paths().get()), 2u);  // the handle's own stay with it
+  EXPECT_EQ(knownPath(pathID(0, 1)), nullptr);
+  ASSERT_NE(knownPath(pathID(0, 0)), nullptr);
+  EXPECT_NE(static_cast<const void*>(knownPath(pathID(0, 0))),
+            at<MPIOLogicalUnitPathRef>(paths, 0));
+}
+
+TEST_F(Discovery, AnAbsentUnitIsRefusedBeforeAChangeIsTakenNoteOf) {
+  for (const auto change : {MPIOLogicalUnitEnableAllPaths, MPIOLogicalUnitDisableAllPaths}) {
+    LibraryHost fresh;
+    addStorage(fresh->memory, {});
+    const Handles before;
+    fresh->memory.registry().removeEntry(unitID(0));
+    touch(fresh->memory);
+    const Handles without;
+    touch(fresh->memory);
+    EXPECT_FALSE(change(before.unit(0), nullptr));
+    EXPECT_NE(Handles().unit(0), without.unit(0));
+  }
+}
+
+TEST_F(Discovery, SkipsOnlyTheUnitThatCannotBeRead) {
+  fill({.units = 2, .paths = 0, .volumes = 0});
+  // Of a scan's operations the first three ask the driver, search and take the first entry; then
+  // its properties and its ID are read.
+  for (const std::size_t position : {3u, 4u}) {
+    touch(host->memory);
+    host->watch.reset();
+    host->watch.failAt(position);
+    EXPECT_EQ(ObArrayGetCount(Handles().units.get()), 1u) << position;
+    EXPECT_EQ(knownLogicalUnit(unitID(0)), nullptr);
+    EXPECT_EQ(knownLogicalUnit(0), nullptr);
+  }
+}
+
+TEST_F(Discovery, PassesOverAPathWhoseIDCannotBeRead) {
+  fill({.units = 1, .paths = 1, .volumes = 0});
+  host->watch.reset();
+  const Handles counted;
+  const std::size_t last = host->watch.failable();
+  for (std::size_t position = 5; position < last; ++position) {
+    touch(host->memory);
+    host->watch.reset();
+    host->watch.failAt(position);
+    testing::internal::CaptureStderr();
+    const Handles handles;
+    testing::internal::GetCapturedStderr();
+    EXPECT_NE(knownLogicalUnit(unitID(0)), nullptr) << position;
+    EXPECT_EQ(knownPath(0), nullptr) << position;
   }
 }
 
@@ -196,9 +257,12 @@ TEST_F(Discovery, EndsWithTheTeardown) {
   MPIOManagerTeardown();
   EXPECT_EQ(MPIOCopyLogicalUnits(), nullptr);
   EXPECT_EQ(MPIOLogicalUnitCopyProperties(handles.unit()), nullptr);
+  EXPECT_EQ(knownPath(pathID(0, 0)), nullptr);
   EXPECT_EQ(ObArrayGetCount(handles.paths().get()), 3u);  // handles live on
   MPIOManagerTeardown();
+  touch(host->memory);
   MPIOManagerInitialize();
+  EXPECT_NE(knownLogicalUnit(unitID(0)), nullptr);  // scanned at once
 }
 
 }  // namespace

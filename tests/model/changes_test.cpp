@@ -1,6 +1,8 @@
 // Configuration requests: what is written, what a failure tells, and what the object then believes.
 #include <gmock/gmock.h>
 
+#include <thread>
+
 #include "model/keys.hpp"
 #include "model/logical_unit.hpp"
 #include "model/registry_names.hpp"
@@ -191,6 +193,37 @@ TEST_F(Changes, TheLockIsFreeAgainWhenTheEntryIsReleased) {
   EXPECT_TRUE(unit->enableAllPaths(nullptr));
   EXPECT_TRUE(unit->disablePath(paths[0].get(), nullptr));
   EXPECT_EQ(released, 4u);
+}
+
+thread_local bool reading = false;
+
+TEST_F(Changes, OfOneUnitNeverMeetEachOtherNorAReader) {
+  std::atomic<int> inside{0};
+  std::atomic<bool> met{false};
+  host.memory.registry().setWriteHandler([&](EntryID, const ob::String&, const ob::Object&) {
+    if (++inside > 1) met = true;
+    std::this_thread::yield();
+    --inside;
+    return kSuccess;
+  });
+  host.watch.onRelease = [&] {
+    if (reading && inside != 0) met = true;
+  };
+  const auto repeat = [&](auto request) {
+    return std::thread([&, request] {
+      for (int round = 0; round < 300; ++round) request();
+    });
+  };
+  const auto read = [&] {
+    reading = true;
+    unit->getProperties();
+  };
+  std::thread threads[] = {repeat([&] { unit->setAlgorithm(4, nullptr); }),
+                           repeat([&] { unit->setBatchCount(4, nullptr); }),
+                           repeat([&] { unit->enablePath(paths[0].get(), nullptr); }),
+                           repeat([&] { unit->disableAllPaths(nullptr); }), repeat(read)};
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_FALSE(met);
 }
 
 }  // namespace

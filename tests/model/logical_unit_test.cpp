@@ -7,6 +7,7 @@
 #include "model/identifier.hpp"
 #include "model/keys.hpp"
 #include "model/registry_names.hpp"
+#include "runtime/pool.hpp"
 #include "tests/support/storage.hpp"
 #include "tests/support/watched.hpp"
 
@@ -163,6 +164,25 @@ TEST_F(LogicalUnit, KeepsItsVolumesWhereTheWalkCannotBeMade) {
   EXPECT_NE(unit->logicalUnitVolumesArray(), volumes);  // replaced by each walk
 }
 
+TEST_F(LogicalUnit, WalksItsMediaEvenWhereItsPropertiesCannotBeRead) {
+  const auto unit = make();
+  addMedia(1000, true, "new");
+  host.watch.failAll(Operation::kCopyProperties);
+  EXPECT_EQ(textUnder(unit->getProperties().get(), keys::kMPIOLogicalUnitAliasKey), "unit 0");
+  EXPECT_THAT(volumeNames(*unit), ElementsAre("Volume 0", "Volume 1", "new"));
+}
+
+TEST_F(LogicalUnit, NamesACombinedAlgorithmLeastBytes) {
+  set("Load Balancing Algorithm", nullptr);
+  const auto unit = make();
+  const ob::Pool pool;
+  for (const std::uint32_t code : {12u, 20u, 24u}) {
+    ASSERT_TRUE(unit->setAlgorithm(code, nullptr));
+    EXPECT_EQ(unit->getProperties()->value(keys::kMPIOLogicalUnitAlgorithmKey),
+              &keys::kMPIOLogicalUnitAlgorithmLeastBytes);
+  }
+}
+
 TEST_F(LogicalUnit, KeepsTheFirstPathUnderAKey) {
   const auto unit = make();
   const auto first = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, pathID(0, 0), unit.get());
@@ -199,6 +219,10 @@ TEST_F(LogicalUnit, AddsUpItsStatistics) {
   host.memory.tunable().setLogicalUnitStatistics(unitID(0), {UINT64_MAX, 3, 7});
   const auto statistics = unit->getCurrentStatistics();
   EXPECT_EQ(statistics->pairs().size(), 5u);
+  EXPECT_EQ(
+      statistics->valueAs<ob::Number>(keys::kMPIOLogicalUnitStatisticsBytesSentKey)->asUInt64(),
+      UINT64_MAX);
+  EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitStatisticsBytesReceivedKey), 3);
   EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitStatisticsTotalBytesKey),
             2);  // wraps
   EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitStatisticsTotalCommandsKey), 7);

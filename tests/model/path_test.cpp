@@ -115,7 +115,11 @@ TEST_F(Path, ReportsSixStatistics) {
   EXPECT_EQ(
       statistics->valueAs<ob::Number>(keys::kMPIOLogicalUnitPathStatisticsBytesSentKey)->asUInt64(),
       UINT64_MAX);
+  EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitPathStatisticsBytesReceivedKey), 2);
   EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitPathStatisticsTotalBytesKey), 1);
+  EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitPathStatisticsTotalCommandsKey), 3);
+  EXPECT_NE(statistics->valueAs<ob::Date>(keys::kMPIOLogicalUnitPathStatisticsSamplingDateKey),
+            nullptr);
   EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitPathStatisticsPathStateKey), 129);
 }
 
@@ -136,6 +140,31 @@ TEST_F(Path, KeepsItsStateWhereTheDriverIsSilent) {
   EXPECT_EQ(error->code(), 0x08000005);
   EXPECT_EQ(numberUnder(error->userInfo(), keys::kMPIOErrorResultCodeKey), -1);
   EXPECT_EQ(error->userInfo()->pairs().size(), 1u);
+}
+
+TEST_F(Path, KeepsWhatItKnewWhicheverReadFails) {
+  const auto whole = path->getProperties();
+  host.watch.reset();
+  path->rebuildPropertiesFromEntry();
+  const std::size_t reads = host.watch.failable();
+  EXPECT_EQ(reads, 4u);
+  for (std::size_t position = 0; position < reads; ++position) {
+    host.watch.reset();
+    host.watch.failAt(position);
+    testing::internal::CaptureStderr();
+    path->rebuildPropertiesFromEntry();
+    testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(whole->equals(*path->getProperties())) << position;
+  }
+}
+
+TEST_F(Path, MakesNoErrorThatNobodyWants) {
+  const auto uses = keys::kMPIOErrorResultCodeKey.retainCount();
+  host.watch.failAll(Operation::kTunable);
+  testing::internal::CaptureStderr();
+  path->rebuildPropertiesFromEntry();
+  testing::internal::GetCapturedStderr();
+  EXPECT_EQ(keys::kMPIOErrorResultCodeKey.retainCount(), uses);
 }
 
 TEST_F(Path, WritesTheCallersRecordOnlyOnSuccess) {

@@ -6,7 +6,9 @@
 #include <cstring>
 #include <vector>
 
+#include "model/keys.hpp"
 #include "model/logical_unit.hpp"
+#include "runtime/pool.hpp"
 #include "tests/support/storage.hpp"
 
 namespace tavrenix::test {
@@ -24,8 +26,9 @@ class RecordingTunable final : public MPIOKernelTunable {
     const auto* bytes = static_cast<const std::uint8_t*>(newValue);
     lastRequest.assign(bytes, bytes + newLength);
     std::memset(oldValue, 0x11, *oldLength);
-    return 0;
+    return result;
   }
+  int result = 0;  // a failure writes the pattern all the same
   std::string lastName;
   std::size_t lastRoom = 0;
   std::vector<std::uint8_t> lastRequest;
@@ -59,6 +62,24 @@ TEST(StatisticsRequests, AreTwentyFourBytesWithoutPadding) {
   const std::uint8_t pathRequest[] = {0x53, 0x4D, 0x41, 0x53, 1,    0,    0, 0, 8, 7, 6, 5,
                                       4,    3,    2,    1,    0x33, 0x22, 0, 0, 0, 0, 0, 0};
   EXPECT_THAT(host.recorder.lastRequest, ElementsAreArray(pathRequest));
+}
+
+TEST(StatisticsRequests, ThatFailAfterWritingLeaveThatToAUnitAndNothingToAPath) {
+  RecordingHost host;
+  const auto unit = MPIOLogicalUnit::initWithKsKitServiceEntry(host, 5);
+  const auto path = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, 6, unit.get());
+  const ob::Pool pool;
+  host.recorder.result = -7;
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(unit->grabStatsBuffer(5).commandsProcessed, 0x1111111111111111u);
+  SCSIPathStatistics record{.bytesSent = 42};
+  const ob::Error* error = nullptr;
+  EXPECT_FALSE(path->grabPathStatsBuffer(6, &record, &error));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "sysctlbyname failed to get stats block: -7\n"
+            "sysctlbyname failed to get stats block: -7\n");
+  EXPECT_EQ(record.bytesSent, 42u);
+  EXPECT_EQ(numberUnder(error->userInfo(), keys::kMPIOErrorResultCodeKey), -7);
 }
 
 TEST(StatisticsRequests, OfAPathNameTheUnitItWasMadeFor) {

@@ -114,4 +114,23 @@ TEST(Pools, AThreadWithoutOneKeepsUntilItEnds) {
   EXPECT_EQ(alive, 0);
 }
 
+TEST(Pools, AThreadAtItsEndStillLendsWhatItKeeps) {
+  int alive = 0;
+  const Probe* borrowed = nullptr;
+  struct AtEnd {
+    ~AtEnd() { borrowed = ob::Pool::keep(ob::make<Probe>(alive)); }
+    int& alive;
+    const Probe*& borrowed;
+  };
+  std::thread([&] {
+    thread_local AtEnd later{alive, borrowed};  // ends after the thread's own pool
+    static_cast<void>(later);
+    ob::Pool::keep(ob::make<Probe>(alive));
+  }).join();
+  EXPECT_EQ(alive, 1);
+  ASSERT_NE(borrowed, nullptr);
+  borrowed->release();
+  EXPECT_EQ(alive, 0);
+}
+
 }  // namespace

@@ -102,6 +102,7 @@ TEST(CFace, ReportsAbsenceForOtherKinds) {
   EXPECT_EQ(ObErrorCopyDescription(static_cast<ObErrorRef>(wrong)), nullptr);
   EXPECT_EQ(ObDataGetLength(static_cast<ObDataRef>(wrong)), 0u);
   EXPECT_FALSE(ObBooleanGetValue(static_cast<ObBooleanRef>(wrong)));
+  EXPECT_TRUE(ObNumberGetInt64(static_cast<ObNumberRef>(wrong), nullptr));
   EXPECT_EQ(ObGetTypeID(nullptr), 0u);
   EXPECT_EQ(ObGetTypeID(wrong), ObNumberGetTypeID());
   const auto array = ob::Array::make({number});

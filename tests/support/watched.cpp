@@ -1,5 +1,6 @@
 #include "tests/support/watched.hpp"
 
+#include <new>
 #include <numeric>
 
 namespace tavrenix::test {
@@ -16,17 +17,24 @@ void Watch::failAll(Operation operation) {
   failAll_ = operation;
 }
 
+void Watch::exhaustAll(Operation operation) {
+  const Lock lock(mutex_);
+  exhaustAll_ = operation;
+}
+
 void Watch::reset() {
   const Lock lock(mutex_);
   counts_ = {};
   position_ = 0;
   failAt_ = kNone;
   failAll_ = Operation::kCount;
+  exhaustAll_ = Operation::kCount;
 }
 
 bool Watch::fails(Operation operation) {
   const Lock lock(mutex_);
   ++counts_[static_cast<std::size_t>(operation)];
+  if (operation == exhaustAll_) throw std::bad_alloc();
   if (operation == Operation::kRelease) return false;
   return position_++ == failAt_ || operation == failAll_;
 }

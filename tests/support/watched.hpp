@@ -40,6 +40,8 @@ class Watch {
   void failAt(std::size_t position);
   // Fails every operation of that kind.
   void failAll(Operation operation);
+  // Lets every operation of that kind run out of memory.
+  void exhaustAll(Operation operation);
   // Fails nothing and starts the counts anew.
   void reset();
 
@@ -60,6 +62,7 @@ class Watch {
   std::size_t position_ = 0;
   std::size_t failAt_ = kNone;
   Operation failAll_ = Operation::kCount;
+  Operation exhaustAll_ = Operation::kCount;
 };
 
 class WatchedRegistry final : public MPIODeviceRegistry {

@@ -1,0 +1,98 @@
+#include "linux/files.hpp"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <memory>
+
+#include "linux/text.hpp"
+
+namespace tavrenix::sys {
+
+namespace {
+
+int openForReading(const std::string& path) {
+  return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+}
+
+// Reads until the file ends; a short read ends an attribute of sysfs, so most take one call.
+std::optional<std::string> readToEnd(int file) {
+  std::string content;
+  char buffer[4096];
+  while (content.size() < HostFiles::kMostBytes) {
+    const ssize_t got = ::read(file, buffer, sizeof buffer);
+    if (got < 0) return std::nullopt;
+    content.append(buffer, static_cast<std::size_t>(got));
+    if (static_cast<std::size_t>(got) < sizeof buffer) break;
+  }
+  return content;
+}
+
+// Closes files whose numbers run on with one call: all numbers in between are ours, so no other
+// thread can have them.
+void closeAll(const int* files, std::size_t count) {
+  for (std::size_t begin = 0; begin < count;) {
+    std::size_t end = begin + 1;
+    while (end < count && files[end] == files[end - 1] + 1) ++end;
+    const auto first = static_cast<unsigned>(files[begin]);
+    const auto last = static_cast<unsigned>(files[end - 1]);
+    if (end - begin == 1 || ::close_range(first, last, 0) != 0) {
+      for (std::size_t i = begin; i < end; ++i) ::close(files[i]);
+    }
+    begin = end;
+  }
+}
+
+}  // namespace
+
+std::optional<std::string> HostFiles::read(const std::string& path) const {
+  std::optional<std::string> content;
+  readAll(&path, &content, 1);
+  return content;
+}
+
+void HostFiles::readAll(const std::string* paths, std::optional<std::string>* contents,
+                        std::size_t count) const {
+  std::vector<int> files;
+  files.reserve(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const int file = openForReading(root_ + paths[i]);
+    if (file < 0) continue;
+    files.push_back(file);
+    contents[i] = readToEnd(file);
+  }
+  closeAll(files.data(), files.size());
+}
+
+std::optional<std::string> HostFiles::link(const std::string& path) const {
+  char target[4096];
+  const ssize_t length = ::readlink((root_ + path).c_str(), target, sizeof target);
+  if (length < 0 || static_cast<std::size_t>(length) == sizeof target) return std::nullopt;
+  return std::string(target, static_cast<std::size_t>(length));
+}
+
+std::vector<std::string> HostFiles::names(const std::string& folder) const {
+  std::vector<std::string> found;
+  const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir((root_ + folder).c_str()), ::closedir);
+  if (open == nullptr) return found;
+  while (found.size() < kMostNames) {
+    const dirent* entry = ::readdir(open.get());
+    if (entry == nullptr) break;
+    if (isDeviceName(entry->d_name)) found.emplace_back(entry->d_name);
+  }
+  return found;
+}
+
+bool HostFiles::exists(const std::string& path) const {
+  return ::access((root_ + path).c_str(), F_OK) == 0;
+}
+
+std::optional<std::uint64_t> HostFiles::inode(const std::string& path) const {
+  struct stat found {};
+  if (::stat((root_ + path).c_str(), &found) != 0) return std::nullopt;
+  return static_cast<std::uint64_t>(found.st_ino);
+}
+
+}  // namespace tavrenix::sys

@@ -1,0 +1,52 @@
+// Reading the files of the machine, below a root folder: "/" for the machine itself, a recorded
+// tree for tests.
+//
+// Paths begin with a slash and are made from numbers and from checked kernel names alone. No
+// operation waits for storage: only sysfs and the udev database are read. Any thread.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tavrenix::sys {
+
+class HostFiles {
+ public:
+  // No attribute of sysfs is longer than a page; records of udev are cut here as well.
+  static constexpr std::size_t kMostBytes = 65536;
+  static constexpr std::size_t kMostNames = 65536;
+
+  // root without a slash at its end; empty for the machine itself.
+  explicit HostFiles(std::string root = {}) : root_(std::move(root)) {}
+
+  // The content, cut at kMostBytes. Nothing where the file is not there or cannot be read.
+  std::optional<std::string> read(const std::string& path) const;
+  // The same for several files, in fewer system calls.
+  template <std::size_t N>
+  std::array<std::optional<std::string>, N> readTogether(
+      const std::array<std::string, N>& paths) const {
+    std::array<std::optional<std::string>, N> contents;
+    readAll(paths.data(), contents.data(), N);
+    return contents;
+  }
+  // Where the symbolic link leads.
+  std::optional<std::string> link(const std::string& path) const;
+  // The names in the folder that can be those of devices, in no order.
+  std::vector<std::string> names(const std::string& folder) const;
+  bool exists(const std::string& path) const;
+  // The number of the folder's or file's inode, links followed. The kernel gives every object of
+  // sysfs one that it does not give again (64-bit kernels since 5.5).
+  std::optional<std::uint64_t> inode(const std::string& path) const;
+
+ private:
+  void readAll(const std::string* paths, std::optional<std::string>* contents,
+               std::size_t count) const;
+
+  std::string root_;
+};
+
+}  // namespace tavrenix::sys

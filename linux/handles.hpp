@@ -1,0 +1,44 @@
+// Handles given out and not yet released: of entries and of iterators.
+#pragma once
+
+#include <mutex>
+#include <variant>
+#include <vector>
+
+#include "linux/entry_id.hpp"
+
+namespace tavrenix::sys {
+
+// Any thread.
+class HandleTable {
+ public:
+  RegistryHandle openEntry(EntryID id) { return open(id); }
+  // The iterator yields the entries one by one, as they were when it was made.
+  RegistryHandle openIterator(std::vector<EntryID> entries) {
+    return open(Iterator{std::move(entries)});
+  }
+
+  // Nothing where the handle is not that of an entry.
+  std::optional<EntryID> entry(RegistryHandle handle) const;
+  // The handle of the iterator's next entry; 0 at its end and for what is no iterator.
+  RegistryHandle next(RegistryHandle iterator);
+  // Ends the process where the handle is not open: a second release would take another's handle.
+  void release(RegistryHandle handle);
+  std::size_t size() const;
+
+ private:
+  struct Iterator {
+    std::vector<EntryID> entries;
+    std::size_t next = 0;
+  };
+  using Slot = std::variant<std::monostate, EntryID, Iterator>;
+
+  RegistryHandle open(Slot slot);
+  RegistryHandle openLocked(Slot slot);
+
+  mutable std::mutex mutex_;
+  std::vector<Slot> slots_;  // a handle is a position plus one
+  std::vector<RegistryHandle> free_;
+};
+
+}  // namespace tavrenix::sys

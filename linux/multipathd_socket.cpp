@@ -1,0 +1,89 @@
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <optional>
+
+#include "linux/path_daemon.hpp"
+
+namespace tavrenix::sys {
+
+namespace {
+
+constexpr std::size_t kLongestReply = 65536;
+
+class Socket {
+ public:
+  explicit Socket(std::chrono::milliseconds patience)
+      : file_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(patience);
+    const std::chrono::microseconds rest = patience - seconds;
+    const timeval limit{seconds.count(), rest.count()};
+    ::setsockopt(file_, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+    ::setsockopt(file_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+  }
+  Socket(const Socket&) = delete;
+  Socket& operator=(const Socket&) = delete;
+  ~Socket() {
+    if (file_ >= 0) ::close(file_);
+  }
+
+  bool connect(const std::string& name) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (file_ < 0 || name.size() >= sizeof address.sun_path) return false;
+    std::memcpy(address.sun_path, name.data(), name.size());
+    const bool abstract = name.starts_with('@');
+    if (abstract) address.sun_path[0] = '\0';
+    // An abstract name has no zero byte behind it: that would be one more byte of the name.
+    const std::size_t length = offsetof(sockaddr_un, sun_path) + name.size() + (abstract ? 0 : 1);
+    return ::connect(file_, reinterpret_cast<const sockaddr*>(&address),
+                     static_cast<socklen_t>(length)) == 0;
+  }
+  bool send(const std::string& bytes) {
+    return ::send(file_, bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
+           static_cast<ssize_t>(bytes.size());
+  }
+  bool receive(void* bytes, std::size_t length) {
+    const ssize_t got = ::recv(file_, bytes, length, MSG_WAITALL);
+    if (got >= 0 && got != static_cast<ssize_t>(length)) errno = EAGAIN;
+    return got == static_cast<ssize_t>(length);
+  }
+
+ private:
+  int file_;
+};
+
+int lastError() {
+  return errno == EAGAIN || errno == EWOULDBLOCK ? -ETIMEDOUT : -errno;
+}
+
+Answer<DaemonReply> talk(Socket& socket, const std::string& frame) {
+  if (!socket.send(frame)) return {lastError(), {}};
+  std::size_t length = 0;
+  if (!socket.receive(&length, sizeof length)) return {lastError(), {}};
+  if (length > kLongestReply) return {-EMSGSIZE, {}};
+  std::string reply(length, '\0');
+  if (!socket.receive(reply.data(), reply.size())) return {lastError(), {}};
+  return {0, parseDaemonReply(reply)};
+}
+
+}  // namespace
+
+Answer<DaemonReply> MultipathdSocket::ask(const std::string& command) {
+  const auto frame = frameDaemonCommand(command);
+  if (!frame) return {-EMSGSIZE, {}};
+  for (const auto& address : addresses_) {
+    Socket socket(patience_);
+    if (socket.connect(address)) return talk(socket, *frame);
+    // Nobody listens there; any other reason is one to tell.
+    if (errno != ECONNREFUSED && errno != ENOENT) return {lastError(), {}};
+  }
+  return {-ENOENT, {}};
+}
+
+}  // namespace tavrenix::sys

@@ -1,0 +1,48 @@
+// The device registry of a Linux machine: entries are made up from the machine when they are asked
+// for.
+//
+// A handle is that of an entry ID, not of an open device: it stays valid, and answers as for an
+// entry that is gone, when its device goes.
+#pragma once
+
+#include "linux/handles.hpp"
+#include "linux/machine.hpp"
+#include "linux/requests.hpp"
+
+namespace tavrenix::sys {
+
+class LinuxRegistry final : public MPIODeviceRegistry {
+ public:
+  // Both are borrowed and outlive the registry.
+  LinuxRegistry(Machine& machine, PathDaemon& daemon)
+      : machine_(machine), requests_(machine, daemon) {}
+
+  RegistryHandle findServiceByEntryID(EntryID entryID) override;
+  RegistryResult<RegistryHandle> findServicesByEntryID(EntryID entryID) override;
+  RegistryResult<RegistryHandle> findServicesByClass(std::string_view className) override;
+  RegistryResult<ob::Ref<const ob::Dictionary>> copyProperties(RegistryHandle entry) override;
+  ob::Ref<const ob::Object> copyProperty(RegistryHandle entry, const ob::String& name) override;
+  ob::Ref<const ob::Object> searchProperty(RegistryHandle entry, std::string_view plane,
+                                           const ob::String& name, std::uint32_t options) override;
+  // Only "Properties" of a logical unit is acted on. Returns when the driver has taken the request,
+  // or has been left as it was; a status is the negative error number of the cause.
+  KernelStatus setProperty(RegistryHandle entry, const ob::String& name,
+                           const ob::Object& value) override;
+  RegistryResult<RegistryHandle> createIterator(RegistryHandle entry, std::string_view plane,
+                                                std::uint32_t options) override;
+  RegistryHandle iteratorNext(RegistryHandle iterator) override { return handles_.next(iterator); }
+  bool conformsTo(RegistryHandle entry, std::string_view className) override;
+  RegistryResult<EntryID> getEntryID(RegistryHandle entry) override;
+  void release(RegistryHandle handle) override { handles_.release(handle); }
+
+  // For the neighbouring seams of the same host.
+  std::optional<EntryID> entryIDOf(RegistryHandle entry) const { return handles_.entry(entry); }
+  std::size_t openHandles() const { return handles_.size(); }
+
+ private:
+  Machine& machine_;
+  Requests requests_;
+  HandleTable handles_;
+};
+
+}  // namespace tavrenix::sys

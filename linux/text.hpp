@@ -1,0 +1,31 @@
+// Small pure helpers for text that comes from the kernel, from devices and from daemons.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tavrenix::sys {
+
+// Without blanks, tabs, newlines and zero bytes at either end.
+std::string_view trim(std::string_view text);
+
+// The number that the whole text is, in that base: no sign, no blanks, no overflow.
+std::optional<std::uint64_t> parseNumber(std::string_view text, int base = 10);
+
+// The words between blanks; nothing where there are more than limit of them.
+std::optional<std::vector<std::string_view>> splitWords(std::string_view text, std::size_t limit);
+
+// UTF-8 that no terminal acts on: control characters and what is not UTF-8 become '?' each, and the
+// text ends after limit bytes at the latest.
+std::string printable(std::string_view bytes, std::size_t limit = 255);
+
+// udev writes bytes outside its safe set as \x and two hexadecimal digits.
+std::string decodeUdevEscapes(std::string_view text);
+
+// Whether text can be the name of one kernel device in a path: nothing that leads elsewhere.
+bool isDeviceName(std::string_view text);
+
+}  // namespace tavrenix::sys

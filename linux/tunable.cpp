@@ -1,0 +1,76 @@
+#include "linux/tunable.hpp"
+
+#include <cerrno>
+#include <cstring>
+
+#include "linux/block_stat.hpp"
+#include "linux/path_state.hpp"
+
+namespace tavrenix::sys {
+
+namespace {
+
+int fail(int error) {
+  errno = error;
+  return -1;
+}
+
+template <class Record>
+int give(const std::optional<Record>& record, void* oldValue, std::size_t* oldLength) {
+  if (!record) return fail(ENXIO);
+  if (oldValue == nullptr || oldLength == nullptr) return fail(EINVAL);
+  if (*oldLength < sizeof(Record)) return fail(ENOMEM);
+  std::memcpy(oldValue, &*record, sizeof(Record));
+  *oldLength = sizeof(Record);
+  return 0;
+}
+
+}  // namespace
+
+int LinuxTunable::sysctlbyname(const char* name, void* oldValue, std::size_t* oldLength,
+                               const void* newValue, std::size_t newLength) {
+  if (std::strcmp(name, kStatisticsTunable) != 0) return fail(ENOENT);
+  SCSIMPIOStatisticsRequest request;
+  if (newValue == nullptr || newLength != sizeof request) return fail(EINVAL);
+  std::memcpy(&request, newValue, sizeof request);
+  if (request.signature != kStatisticsSignature) return fail(EINVAL);
+  switch (request.requestType) {
+    case kLogicalUnitStatistics:
+      return give(unitRecord(request.logicalUnitEntryID), oldValue, oldLength);
+    case kPathStatistics:
+      return give(pathRecord(request.logicalUnitEntryID, request.pathEntryID), oldValue, oldLength);
+    case kConfigurationGeneration:
+      return give(std::optional(permitted_ ? machine_.generation() : 0U), oldValue, oldLength);
+    default:
+      return fail(EINVAL);
+  }
+}
+
+std::optional<SCSILogicalUnitStatistics> LinuxTunable::unitRecord(EntryID unit) {
+  if (nameOf(unit).kind != Kind::kUnit || !machine_.exists(unit)) return std::nullopt;
+  const auto text = machine_.files().read(folderOf(nameOf(unit)) + "/stat");
+  return text ? parseBlockStat(*text) : std::nullopt;
+}
+
+std::optional<SCSIPathStatistics> LinuxTunable::pathRecord(EntryID unit, EntryID path) {
+  if (nameOf(path).kind != Kind::kPath || !machine_.exists(path)) return std::nullopt;
+  const std::string folder = folderOf(nameOf(path));
+  const auto [stat, deviceState, accessState] = machine_.files().readTogether<3>(
+      {folder + "/stat", folder + "/device/state", folder + "/device/access_state"});
+  machine_.answered();
+  const auto counters = stat ? parseBlockStat(*stat) : std::nullopt;
+  if (!counters) return std::nullopt;
+
+  SCSIPathStatistics record;
+  record.bytesSent = counters->bytesSent;
+  record.bytesReceived = counters->bytesReceived;
+  record.commandsProcessed = counters->commandsProcessed;
+  std::optional<bool> used;
+  if (const auto status = machine_.status(unit)) {
+    used = status->uses(nameOf(path).device()).value_or(false);  // no longer in the map: not used
+  }
+  record.state = pathStateByte(deviceState, accessState, used);
+  return record;
+}
+
+}  // namespace tavrenix::sys

@@ -1,0 +1,27 @@
+// The driver's tunable on Linux: its records are made from the kernel's counters and states.
+#pragma once
+
+#include "linux/machine.hpp"
+#include "model/tunable.hpp"
+
+namespace tavrenix::sys {
+
+// Failures are -1 with errno set, as the system call's: EINVAL for a request that is not one,
+// ENOMEM for too little room, ENXIO where the entry is gone. Counters and states are read at each
+// call.
+class LinuxTunable final : public MPIOKernelTunable {
+ public:
+  // Without permission to read the driver the generation is 0, and nothing is asked of the machine.
+  LinuxTunable(Machine& machine, bool permitted) : machine_(machine), permitted_(permitted) {}
+  int sysctlbyname(const char* name, void* oldValue, std::size_t* oldLength, const void* newValue,
+                   std::size_t newLength) override;
+
+ private:
+  std::optional<SCSILogicalUnitStatistics> unitRecord(EntryID unit);
+  std::optional<SCSIPathStatistics> pathRecord(EntryID unit, EntryID path);
+
+  Machine& machine_;
+  bool permitted_;
+};
+
+}  // namespace tavrenix::sys

@@ -1,0 +1,21 @@
+# shellcheck shell=busybox
+# What list and info say agrees with what the kernel and the daemon's own tools say.
+start_udev
+debug_units 4 2
+start_daemon 4
+same "maps by the daemon" 4 "$(maps | wc -l)"
+check_agreement "by the daemon"
+check_multipath "by the daemon"
+stop_daemon
+multipath -F
+same "maps left" 0 "$(maps | wc -l)"
+
+maps_by_hand queue-length
+check_agreement "by hand"
+check_multipath "by hand"
+failed=$(paths_of mpathb | head -n 1)
+failed=${failed%% *}
+dmsetup message mpathb 0 "fail_path $(cat "/sys/block/$failed/dev")"
+echo offline >"/sys/block/$(paths_of mpathc | head -n 1 | cut -d' ' -f1)/device/state"
+check_agreement "a failed and an offline path"
+same "shown for the failed path" Disabled "$(tool_state mpathb "$failed")"
