@@ -9,7 +9,7 @@ set(TAVRENIX_ZSH_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/zsh/site-functions
 
 # Programs. The command is the superuser's; a simulation is anybody's.
 install(TARGETS tavrenix DESTINATION ${CMAKE_INSTALL_SBINDIR})
-install(TARGETS tavrenix-lab tavrenix-lab-generate)
+install(TARGETS tavrenix-lab tavrenix-lab-watch tavrenix-lab-generate)
 
 # The library, and what programs that use it are built with.
 file(GLOB c_headers CONFIGURE_DEPENDS include/tavrenix/*.h)
@@ -41,6 +41,4 @@ endforeach()
 install(DIRECTORY samples DESTINATION ${CMAKE_INSTALL_DATADIR}/tavrenix)
 install(FILES README.md TYPE DOC)
 install(DIRECTORY docs/ TYPE DOC FILES_MATCHING PATTERN *.md PATTERN man EXCLUDE)
-if(IS_DIRECTORY ${PROJECT_SOURCE_DIR}/examples)
-  install(DIRECTORY examples TYPE DOC FILES_MATCHING PATTERN *.c PATTERN *.cpp PATTERN *.py PATTERN *.md)
-endif()
+install(DIRECTORY examples TYPE DOC USE_SOURCE_PERMISSIONS FILES_MATCHING PATTERN *.c PATTERN *.py)

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <system_error>
+#include <thread>
 
 #include "lab/driver.hpp"
 #include "lab/image_file.hpp"
@@ -39,15 +41,48 @@ void SimulatedHost::load(const std::string& path) {
   const Lock lock(changing_);
   onFile(path, [&] {
     std::string real = resolved(path);
-    adopt(parse(readImageFile(real)));
+    adopt(parse(readImageFile(real)), true);
     path_ = path;
     resolvedPath_ = std::move(real);
   });
 }
 
 void SimulatedHost::reload() {
+  // What listens rescans after each kind of departure, and a unit's end would take its paths along.
+  if (removeDeparted(true)) waitUntilTold();
+  if (removeDeparted(false)) waitUntilTold();
   const Lock lock(changing_);
-  onFile(path_, [&] { adopt(parse(readImageFile(resolvedPath_))); });
+  onFile(path_, [&] {
+    Image next = parse(readImageFile(resolvedPath_));
+    if (!departed_.empty() || next.text() != image_.text()) adopt(std::move(next), true);
+  });
+}
+
+bool SimulatedHost::removeDeparted(bool pathsOnly) {
+  const Lock lock(changing_);
+  return onFile(path_, [&] {
+    const Image next = parse(readImageFile(resolvedPath_));
+    const auto& order = image_.parentsFirst();
+    bool any = false;
+    for (auto at = order.rbegin(); at != order.rend(); ++at) {
+      const ImageEntry& old = image_.entries()[*at];
+      if (departed_.contains(old.id) || stays(old, next) || (pathsOnly && !old.isPath)) continue;
+      remove(old);
+      departed_.set(old.id, true);
+      any = true;
+    }
+    return any;
+  });
+}
+
+// Not under the lock: a client may be within a call that changes something. One that never comes to
+// take up what it is told of does not hold up the others for longer than this.
+void SimulatedHost::waitUntilTold() {
+  constexpr auto kStep = std::chrono::milliseconds(1);
+  constexpr int kMostSteps = 1000;
+  for (int i = 0; i < kMostSteps && !memory_.registry().notificationsAreSettled(); ++i) {
+    std::this_thread::sleep_for(kStep);
+  }
 }
 
 KernelStatus SimulatedHost::write(EntryID entryID, const ob::String& name,
@@ -62,7 +97,7 @@ KernelStatus SimulatedHost::write(EntryID entryID, const ob::String& name,
     if (status == kSuccess) status = actOnWrite(next, entryID, name, value);
     // A refusal changes the file only where it was one of those that wait in it.
     if (ordered || status == kSuccess) locked.replace(next.text());
-    adopt(std::move(next));
+    adopt(std::move(next), status == kSuccess);
     return status;
   } catch (const std::system_error& error) {
     report_(file + ": " + error.what());
@@ -73,31 +108,40 @@ KernelStatus SimulatedHost::write(EntryID entryID, const ob::String& name,
   }
 }
 
-void SimulatedHost::adopt(Image next) {
+bool SimulatedHost::stays(const ImageEntry& old, const Image& next) const {
+  const ImageEntry* found = next.find(old.id);
+  return found != nullptr && found->className == old.className && !departed_.contains(old.id);
+}
+
+void SimulatedHost::adopt(Image next, bool moved) {
+  // Whoever is told of an arrival finds all of it, the generation included.
+  const memory::MemoryRegistry::HeldNotifications held(memory_.registry());
   for (const auto& [name, base] : next.classes().bases())
     memory_.registry().defineClass(name, base);
-  ob::NumberMap<bool> kept;
-  for (const std::size_t at : next.parentsFirst()) {
-    const ImageEntry& entry = next.entries()[at];
-    const ImageEntry* old = image_.find(entry.id);
-    bool stays =
-        old != nullptr && old->className == entry.className && old->parents == entry.parents;
-    for (const EntryID parent : entry.parents) stays = stays && kept.contains(parent);
-    if (stays) kept.set(entry.id, true);
-  }
   const auto& oldOrder = image_.parentsFirst();
   for (auto at = oldOrder.rbegin(); at != oldOrder.rend(); ++at) {
     const ImageEntry& old = image_.entries()[*at];
-    if (!kept.contains(old.id)) remove(old);
+    if (!stays(old, next)) remove(old);
   }
   for (const std::size_t at : next.parentsFirst()) {
     const ImageEntry& entry = next.entries()[at];
-    kept.contains(entry.id) ? update(entry) : add(entry);
+    const ImageEntry* old = image_.find(entry.id);
+    old != nullptr&& stays(*old, next) ? update(entry) : add(entry);
   }
   memory_.setEffectiveUser(next.effectiveUser());
   // Last, because it is what makes others look.
-  memory_.tunable().setGeneration(next.generation());
+  memory_.tunable().setGeneration(generationOf(next, moved));
   image_ = std::move(next);
+  departed_.clear();
+}
+
+std::uint32_t SimulatedHost::generationOf(const Image& next, bool moved) {
+  if (next.generation() == 0) return 0;  // a driver that is not ready, on purpose
+  const std::uint32_t shown = memory_.tunable().generation();
+  const bool asBefore = next.generation() == image_.generation() && shown != 0;
+  const std::uint32_t wanted = asBefore ? shown : next.generation();
+  if (!moved || wanted != shown) return wanted;
+  return std::max(shown + 1, 1U);  // past the last number comes the first
 }
 
 // A class that the host shows entries of, or derives others from, keeps its base.
@@ -140,6 +184,7 @@ void SimulatedHost::add(const ImageEntry& entry) {
 void SimulatedHost::update(const ImageEntry& entry) {
   publish(entry);
   memory_.registry().replaceProperties(entry.id, entry.properties);
+  memory_.registry().replaceParents(entry.id, entry.parents);
 }
 
 void SimulatedHost::publish(const ImageEntry& entry) {

@@ -24,7 +24,9 @@ class SimulatedHost {
   // Once: reads the image file and shows it from then on. Throws ImageError with the path in front;
   // then the host is as it was.
   void load(const std::string& path);
-  // Reads the file again. As load in its failures.
+  // Reads the file again. As load in its failures. Clients are told of departures first, and get
+  // some time to take them up, before the generation moves and their handles are forgotten. The
+  // generation moves with every change, also where the file does not say so.
   void reload();
 
   memory::MemoryHost& memory() noexcept { return memory_; }
@@ -32,8 +34,14 @@ class SimulatedHost {
  private:
   KernelStatus write(EntryID entryID, const ob::String& name, const ob::Object& value);
   // Makes the live host show next instead of what it shows, by as few arrivals and departures as
-  // can be: an entry stays unless it, its class, its parents or one of its ancestors went.
-  void adopt(Image next);
+  // can be: an entry stays unless it went or its class is another one. What moved is shown under
+  // another generation than before.
+  void adopt(Image next, bool moved);
+  std::uint32_t generationOf(const Image& next, bool moved);
+  // Takes out what the file no longer has; whether there was anything.
+  bool removeDeparted(bool pathsOnly);
+  void waitUntilTold();
+  bool stays(const ImageEntry& old, const Image& next) const;
   // The image in text; throws ImageError where the live host could not show it.
   Image parse(std::string_view text) const;
   void remove(const ImageEntry& entry);
@@ -47,6 +55,7 @@ class SimulatedHost {
   std::string path_;     // as the caller named it, for messages
   std::string resolvedPath_;
   Image image_;
+  ob::NumberMap<bool> departed_;  // of image_, but taken out already
 };
 
 // The one of this process; sharedHost() is its memory().

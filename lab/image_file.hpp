@@ -18,6 +18,8 @@ class File {
   // failure is what a message says where it cannot be opened.
   File(const std::string& path, int flags, unsigned mode = 0,
        const char* failure = "cannot be opened");
+  // Takes over an open one.
+  explicit File(int descriptor) noexcept : descriptor_(descriptor) {}
   ~File();
   File(const File&) = delete;
   File& operator=(const File&) = delete;

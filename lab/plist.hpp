@@ -1,9 +1,8 @@
 // Property-list values as JSON.
 //
 // Strings, numbers, booleans, arrays and objects stand for themselves. {"$data": "hex digits"} is
-// data,
-// {"$date": "2026-01-02T03:04:05Z"} a date, and {"$dictionary": {...}} a dictionary whose keys may
-// begin with "$", which no key of any other object may.
+// data, {"$date": "2026-01-02T03:04:05Z"} a date, and {"$dictionary": {...}} a dictionary whose
+// keys may begin with "$", which no key of any other object may.
 #pragma once
 
 #include "lab/fault.hpp"

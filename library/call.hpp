@@ -50,10 +50,10 @@ Result withHandle(const void* handle, Work work) noexcept {
 }
 
 inline bool isPresent(const MPIOLogicalUnit& unit) noexcept {
-  return knownLogicalUnit(unit.serviceEntryID()) != nullptr;
+  return static_cast<bool>(knownLogicalUnit(unit.serviceEntryID()));
 }
 inline bool isPresent(const MPIOLogicalUnitPath& path) noexcept {
-  return knownPath(path.serviceEntryID()) != nullptr;
+  return static_cast<bool>(knownPath(path.serviceEntryID()));
 }
 
 // A new reference for the caller, or null.

@@ -74,16 +74,38 @@ void MPIOManagerRescan(int mode, const ob::Object* handle) noexcept {
   }
 }
 
-MPIOLogicalUnit* knownLogicalUnit(EntryID entryID) noexcept {
-  const auto& units = manager().logicalUnits;
-  const auto* known = units ? units->find(entryID) : nullptr;
-  return known == nullptr ? nullptr : known->get();
+namespace {
+
+template <class T>
+ob::Ref<T> find(std::optional<ob::NumberMap<ob::Ref<T>>> MPIOManager::*dictionary,
+                EntryID entryID) noexcept {
+  MPIOManager& shared = manager();
+  if (!shared.lock) return nullptr;
+  const std::lock_guard lock(*shared.lock);
+  const auto* known = shared.*dictionary ? (shared.*dictionary)->find(entryID) : nullptr;
+  if (known == nullptr) return nullptr;
+  return *known;
 }
 
-MPIOLogicalUnitPath* knownPath(EntryID entryID) noexcept {
-  const auto& paths = manager().paths;
-  const auto* known = paths ? paths->find(entryID) : nullptr;
-  return known == nullptr ? nullptr : known->get();
+}  // namespace
+
+ob::Ref<MPIOLogicalUnit> knownLogicalUnit(EntryID entryID) noexcept {
+  return find(&MPIOManager::logicalUnits, entryID);
+}
+
+ob::Ref<MPIOLogicalUnitPath> knownPath(EntryID entryID) noexcept {
+  return find(&MPIOManager::paths, entryID);
+}
+
+ob::Ref<ob::Array> allLogicalUnits() {
+  MPIOManager& shared = manager();
+  if (!shared.lock) return nullptr;
+  const std::lock_guard lock(*shared.lock);
+  if (!shared.logicalUnits) return nullptr;
+  ob::Array::Values units;
+  units.reserve(shared.logicalUnits->size());
+  for (const auto& [entryID, unit] : *shared.logicalUnits) units.push_back(unit);
+  return ob::Array::make(std::move(units));
 }
 
 }  // namespace tavrenix

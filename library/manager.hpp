@@ -3,8 +3,9 @@
 //
 // It changes only inside a scan, and a scan happens only when the driver's configuration generation
 // is another than at the last one. Threads: the lock is held for the whole of a scan, never while
-// anything outside is called that could come back to it. Public functions read the two dictionaries
-// without it; clients serialise their calls.
+// anything outside is called that could come back to it. Notification handlers run on threads of
+// their own, so a look-up takes it as well, for that moment; apart from this clients serialise
+// their calls.
 #pragma once
 
 #include <optional>
@@ -43,8 +44,10 @@ void MPIOManagerTeardown() noexcept;
 // generation and selects nothing. Failures end the scan quietly.
 void MPIOManagerRescan(int mode, const ob::Object* handle) noexcept;
 
-// The objects known under the entry ID, borrowed; null where there is none.
-MPIOLogicalUnit* knownLogicalUnit(EntryID entryID) noexcept;
-MPIOLogicalUnitPath* knownPath(EntryID entryID) noexcept;
+// The objects known under the entry ID; none where there is none.
+ob::Ref<MPIOLogicalUnit> knownLogicalUnit(EntryID entryID) noexcept;
+ob::Ref<MPIOLogicalUnitPath> knownPath(EntryID entryID) noexcept;
+// All logical units, in no particular order; none where there is no dictionary of them.
+ob::Ref<ob::Array> allLogicalUnits();
 
 }  // namespace tavrenix

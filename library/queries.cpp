@@ -8,10 +8,10 @@ namespace {
 
 // The handle that known finds under the entry ID of a registry object, or null.
 template <class CRef, class Model>
-CRef copyForService(MPIORegistryObject service, Model* (*known)(EntryID)) {
+CRef copyForService(MPIORegistryObject service, ob::Ref<Model> (*known)(EntryID)) {
   const auto [status, entryID] = sharedHost().registry().getEntryID(service);
   if (status != kSuccess) return nullptr;
-  return handOut<CRef>(ob::Ref<Model>::retain(known(entryID)));
+  return handOut<CRef>(known(entryID));
 }
 
 }  // namespace
@@ -28,12 +28,7 @@ ObTypeID MPIOLogicalUnitPathGetTypeID(void) {
 ObArrayRef MPIOCopyLogicalUnits(void) {
   return withPool<ObArrayRef>([]() -> ObArrayRef {
     MPIOManagerRescan(MPIORescanAll, nullptr);
-    const auto& units = manager().logicalUnits;
-    if (!units) return nullptr;
-    ob::Array::Values handles;
-    handles.reserve(units->size());
-    for (const auto& [entryID, unit] : *units) handles.push_back(unit);
-    return handOut<ObArrayRef>(ob::Array::make(std::move(handles)));
+    return handOut<ObArrayRef>(allLogicalUnits());
   });
 }
 

@@ -35,6 +35,15 @@ class LinuxRegistry final : public MPIODeviceRegistry {
   RegistryResult<EntryID> getEntryID(RegistryHandle entry) override;
   void release(RegistryHandle handle) override { handles_.release(handle); }
 
+  RegistryPort createNotificationPort() override;
+  void setDispatchQueue(RegistryPort port, ob::DispatchQueue& queue) override;
+  ob::Ref<ob::RunLoopSource> getRunLoopSource(RegistryPort port) override;
+  void destroyNotificationPort(RegistryPort port) override;
+  ob::Ref<const ob::Dictionary> classMatching(std::string_view className) override;
+  RegistryResult<RegistryHandle> addMatchingNotification(RegistryPort port, std::string_view kind,
+                                                         ob::Ref<const ob::Dictionary> matching,
+                                                         NotificationDelivery deliver) override;
+
   // For the neighbouring seams of the same host.
   std::optional<EntryID> entryIDOf(RegistryHandle entry) const { return handles_.entry(entry); }
   std::size_t openHandles() const { return handles_.size(); }

@@ -8,14 +8,19 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string_view>
 
 #include "runtime/collections.hpp"
+#include "runtime/dispatch_queue.hpp"
+#include "runtime/run_loop.hpp"
 
 namespace tavrenix {
 
 // A reference to an entry or to an iterator; 0 is none.
 using RegistryHandle = std::uint32_t;
+// A notification port; 0 is none.
+using RegistryPort = std::uint32_t;
 using EntryID = std::uint64_t;
 using KernelStatus = std::int32_t;
 inline constexpr KernelStatus kSuccess = 0;
@@ -30,6 +35,8 @@ struct RegistryResult {
   KernelStatus status = kSuccess;
   T value{};
 };
+
+using NotificationDelivery = std::function<void(RegistryHandle iterator)>;
 
 class MPIODeviceRegistry {
  public:
@@ -67,6 +74,30 @@ class MPIODeviceRegistry {
   virtual RegistryResult<EntryID> getEntryID(RegistryHandle entry) = 0;
   // Gives the handle of an entry or iterator back. 0 is ignored.
   virtual void release(RegistryHandle handle) = 0;
+
+  // Arrivals and departures. They wait in the iterator of a registration; deliver is called when
+  // there are some and, after that, only once the iterator has been read to its end, which arms it.
+  // Calls to deliver are made where the port is bound to, never within an operation.
+
+  // A port, bound to nothing yet, which the receiver destroys; 0 where there can be none.
+  virtual RegistryPort createNotificationPort() = 0;
+  // Binds the port to a queue: its calls are tasks there.
+  virtual void setDispatchQueue(RegistryPort port, ob::DispatchQueue& queue) = 0;
+  // Binds the port to a run-loop source, the same at every call: its calls are made where that is
+  // performed. None where there can be none.
+  virtual ob::Ref<ob::RunLoopSource> getRunLoopSource(RegistryPort port) = 0;
+  // No call begins after this has returned, except one that another thread has already taken up.
+  // Iterators of the port's registrations stay, to be released by who has them. 0 is ignored.
+  virtual void destroyNotificationPort(RegistryPort port) = 0;
+  // What stands for the class in a registration; or none.
+  virtual ob::Ref<const ob::Dictionary> classMatching(std::string_view className) = 0;
+  // Registers for registry::kFirstMatchNotification or kTerminateNotification of entries that
+  // matching stands for, which it takes over. The iterator starts unarmed, and for first match it
+  // holds all entries that are present. deliver is kept, and the registration lasts, until the
+  // iterator is released.
+  virtual RegistryResult<RegistryHandle> addMatchingNotification(
+      RegistryPort port, std::string_view kind, ob::Ref<const ob::Dictionary> matching,
+      NotificationDelivery deliver) = 0;
 };
 
 // A handle that is released on every way out.

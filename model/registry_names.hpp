@@ -15,6 +15,10 @@ inline constexpr std::string_view kLogicalUnitClass = "KsSCSIMultipathedLogicalU
 inline constexpr std::string_view kPathClass = "KsSCSIHierarchicalLogicalUnit";
 inline constexpr std::string_view kMediaClass = "KsMedia";
 
+// Kinds of notification.
+inline constexpr std::string_view kFirstMatchNotification = "KsServiceFirstMatch";
+inline constexpr std::string_view kTerminateNotification = "KsServiceTerminate";
+
 #define TAVRENIX_REGISTRY_NAME(name, text)                 \
   inline constinit ob::ConstantString name##Storage(text); \
   inline constexpr const ob::String& name = name##Storage.string

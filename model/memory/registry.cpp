@@ -18,12 +18,6 @@ RegistryHandle MemoryRegistry::open(Slot slot) {
   return handle;
 }
 
-template <class T>
-T* MemoryRegistry::opened(RegistryHandle handle) {
-  if (handle == 0 || handle > slots_.size()) return nullptr;
-  return std::get_if<T>(&slots_[handle - 1]);
-}
-
 Entry* MemoryRegistry::entryOf(RegistryHandle handle) {
   auto* entry = opened<ob::Ref<Entry>>(handle);
   return entry == nullptr ? nullptr : entry->get();
@@ -38,12 +32,16 @@ bool MemoryRegistry::addEntry(EntryID id, const std::string& className,
                               const std::vector<EntryID>& parents,
                               ob::Ref<const ob::Dictionary> properties) {
   const Lock lock(mutex_);
-  return tree_.add(id, className, parents, std::move(properties)) != nullptr;
+  Entry* added = tree_.add(id, className, parents, std::move(properties));
+  if (added != nullptr) registrations_.changed(ob::Ref<Entry>::retain(added), true);
+  return added != nullptr;
 }
 
 bool MemoryRegistry::removeEntry(EntryID id) {
   const Lock lock(mutex_);
-  return static_cast<bool>(tree_.remove(id));
+  const auto removed = tree_.remove(id);
+  if (removed) registrations_.changed(removed, false);
+  return static_cast<bool>(removed);
 }
 
 ob::Ref<const ob::Dictionary> MemoryRegistry::properties(EntryID id) const {
@@ -57,6 +55,12 @@ bool MemoryRegistry::replaceProperties(EntryID id, ob::Ref<const ob::Dictionary>
   Entry* entry = tree_.find(id);
   if (entry != nullptr) entry->properties = std::move(properties);
   return entry != nullptr;
+}
+
+bool MemoryRegistry::replaceParents(EntryID id, const std::vector<EntryID>& parents) {
+  const Lock lock(mutex_);
+  Entry* entry = tree_.find(id);
+  return entry != nullptr && tree_.setParents(*entry, parents);
 }
 
 void MemoryRegistry::setWriteHandler(WriteHandler handler) {
@@ -160,6 +164,10 @@ RegistryResult<RegistryHandle> MemoryRegistry::createIterator(RegistryHandle ent
 
 RegistryHandle MemoryRegistry::iteratorNext(RegistryHandle iterator) {
   const Lock lock(mutex_);
+  if (const auto* registration = opened<std::shared_ptr<Registration>>(iterator)) {
+    auto entry = (*registration)->next();
+    return entry ? open(std::move(entry)) : 0;
+  }
   auto* known = opened<Iterator>(iterator);
   if (known == nullptr || known->next == known->entries.size()) return 0;
   return open(std::move(known->entries[known->next++]));
@@ -186,6 +194,9 @@ void MemoryRegistry::release(RegistryHandle handle) {
     ob::fatal("a registry handle was released twice");
   }
   released = std::exchange(slots_[handle - 1], Slot{});
+  if (const auto* registration = std::get_if<std::shared_ptr<Registration>>(&released)) {
+    registrations_.remove(**registration);
+  }
   freeSlots_.push_back(handle);
 }
 

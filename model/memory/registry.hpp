@@ -9,12 +9,17 @@
 #include <optional>
 #include <variant>
 
+#include "model/memory/registrations.hpp"
 #include "model/memory/tree.hpp"
 
 namespace tavrenix::memory {
 
 class MemoryRegistry final : public MPIODeviceRegistry {
  public:
+  MemoryRegistry() = default;
+  // Ends the notification ports that are left. No other thread uses the registry by then.
+  ~MemoryRegistry() override;
+
   // Acts on a write and returns its status. Without a handler the value becomes a property.
   using WriteHandler =
       std::function<KernelStatus(EntryID entryID, const ob::String& name, const ob::Object& value)>;
@@ -27,9 +32,26 @@ class MemoryRegistry final : public MPIODeviceRegistry {
   // The entry's properties, all at once. None where there is no such entry.
   ob::Ref<const ob::Dictionary> properties(EntryID id) const;
   bool replaceProperties(EntryID id, ob::Ref<const ob::Dictionary> properties);
+  // The entry stays the same one. False where it or a parent is not there.
+  bool replaceParents(EntryID id, const std::vector<EntryID>& parents);
   void setWriteHandler(WriteHandler handler);
 
-  // Handles and iterators given out and not yet released.
+  // As long as it lives, changes of the tree are noted but nobody is told of them. A driver whose
+  // arrivals are seen together with a moved generation makes all of that inside.
+  class HeldNotifications {
+   public:
+    explicit HeldNotifications(MemoryRegistry& registry);
+    ~HeldNotifications();
+    HeldNotifications(const HeldNotifications&) = delete;
+    HeldNotifications& operator=(const HeldNotifications&) = delete;
+
+   private:
+    MemoryRegistry& registry_;
+  };
+  // Whether every client that is told of changes has taken up all of them, and is through with it.
+  bool notificationsAreSettled() const;
+
+  // Handles, iterators and ports given out and not yet released.
   std::size_t openHandles() const;
   // The ID behind the handle of an entry, or none; for the neighbouring seams of the same host.
   std::optional<EntryID> entryIDOf(RegistryHandle entry) const;
@@ -51,23 +73,40 @@ class MemoryRegistry final : public MPIODeviceRegistry {
   RegistryResult<EntryID> getEntryID(RegistryHandle entry) override;
   void release(RegistryHandle handle) override;
 
+  RegistryPort createNotificationPort() override;
+  void setDispatchQueue(RegistryPort port, ob::DispatchQueue& queue) override;
+  ob::Ref<ob::RunLoopSource> getRunLoopSource(RegistryPort port) override;
+  void destroyNotificationPort(RegistryPort port) override;
+  ob::Ref<const ob::Dictionary> classMatching(std::string_view className) override;
+  RegistryResult<RegistryHandle> addMatchingNotification(RegistryPort port, std::string_view kind,
+                                                         ob::Ref<const ob::Dictionary> matching,
+                                                         NotificationDelivery deliver) override;
+
  private:
   struct Iterator {
     Entries entries;
     std::size_t next = 0;
   };
-  using Slot = std::variant<std::monostate, ob::Ref<Entry>, Iterator>;
+  using Slot = std::variant<std::monostate, ob::Ref<Entry>, Iterator, ob::Ref<NotificationPort>,
+                            std::shared_ptr<Registration>>;
 
   // These hold mutex_ already. Handles are positions in slots_ plus one.
   RegistryHandle open(Slot slot);
   template <class T>
-  T* opened(RegistryHandle handle);
+  T* opened(RegistryHandle handle) {
+    if (handle == 0 || handle > slots_.size()) return nullptr;
+    return std::get_if<T>(&slots_[handle - 1]);
+  }
   Entry* entryOf(RegistryHandle handle);
+
+  // Takes mutex_ itself.
+  ob::Ref<NotificationPort> portOf(RegistryPort port);
 
   mutable std::mutex mutex_;
   Tree tree_;
   std::vector<Slot> slots_;
   std::vector<RegistryHandle> freeSlots_;
+  Registrations registrations_;
   WriteHandler writeHandler_;
 };
 

@@ -53,6 +53,25 @@ Entry* Tree::add(EntryID id, const std::string& className, const std::vector<Ent
   return added;
 }
 
+bool Tree::setParents(Entry& entry, const std::vector<EntryID>& parents) {
+  std::vector<Entry*> wanted;
+  for (const EntryID parent : parents) {
+    wanted.push_back(find(parent));
+    if (wanted.back() == nullptr) return false;
+  }
+  const auto holds = [](const std::vector<Entry*>& entries, const Entry* one) {
+    return std::find(entries.begin(), entries.end(), one) != entries.end();
+  };
+  for (Entry* parent : wanted) {
+    if (!holds(entry.parents, parent)) parent->children.push_back(&entry);
+  }
+  for (Entry* parent : entry.parents) {
+    if (!holds(wanted, parent)) std::erase(parent->children, &entry);
+  }
+  entry.parents = std::move(wanted);
+  return true;
+}
+
 ob::Ref<Entry> Tree::remove(EntryID id) {
   const auto* known = entries_.find(id);
   if (known == nullptr) return nullptr;

@@ -44,6 +44,9 @@ class Tree {
   // Null where the ID is taken or a parent is not there.
   Entry* add(EntryID id, const std::string& className, const std::vector<EntryID>& parents,
              ob::Ref<const ob::Dictionary> properties);
+  // Puts the entry under these parents, as their last child where it is new to them. False, and
+  // nothing changes, where one of them is not there.
+  bool setParents(Entry& entry, const std::vector<EntryID>& parents);
   // Takes the entry out; its children stay, without it as a parent. Returns it, or none.
   ob::Ref<Entry> remove(EntryID id);
 

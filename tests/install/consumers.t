@@ -4,6 +4,7 @@ An installed copy in an empty prefix, moved afterwards: nothing in it may know w
   $ (cd prefix && find bin sbin lib include share -path share/doc -prune -o ! -type d -print | sort)
   bin/tavrenix-lab
   bin/tavrenix-lab-generate
+  bin/tavrenix-lab-watch
   include/tavrenix/block.hpp
   include/tavrenix/mpio.h
   include/tavrenix/ob.h
@@ -19,6 +20,7 @@ An installed copy in an empty prefix, moved afterwards: nothing in it may know w
   share/bash-completion/completions/tavrenix-lab
   share/man/man3/libtavrenix.3
   share/man/man8/tavrenix-lab-generate.8
+  share/man/man8/tavrenix-lab-watch.8
   share/man/man8/tavrenix-lab.8
   share/man/man8/tavrenix.8
   share/tavrenix/samples/README.md
@@ -26,7 +28,7 @@ An installed copy in an empty prefix, moved afterwards: nothing in it may know w
   share/tavrenix/samples/small.json
   share/zsh/site-functions/_tavrenix
   share/zsh/site-functions/_tavrenix-lab
-  $ samples=$PWD/prefix/share/tavrenix/samples
+  $ examples=$PWD/prefix/share/doc/tavrenix/examples samples=$PWD/prefix/share/tavrenix/samples
   $ grep -rlF "$PWD" prefix
   [1]
 
@@ -42,11 +44,12 @@ The programs run from there:
   $ on_this_machine() { LD_LIBRARY_PATH=$PWD/prefix/lib "$@"; }
   $ on_lab() { LD_LIBRARY_PATH=$ON_LAB TAVRENIX_TEST_IMAGE=$samples/small.json "$@"; }
 
-A program in C by pkg-config, the example of the manual page:
+Programs in C by pkg-config: the example of the manual page, and the one that comes with the library:
 
   $ export PKG_CONFIG_PATH=$PWD/prefix/lib/pkgconfig
   $ sed -n '/^#include <stdio.h>/,/^\.Ed/{/^\.Ed/!p}' prefix/share/man/man3/libtavrenix.3 >units.c
   $ "$CC" -std=c11 -Wall -Wextra -Werror units.c -o units $(pkg-config --cflags --libs tavrenix)
+  $ "$CC" -Wall -Wextra -Werror "$examples/watch.c" -o watch $(pkg-config --cflags --libs tavrenix)
   $ on_this_machine ./units >found
   $ on_lab ./units | sort
   600A0B8000112233445566778899AABB
@@ -64,9 +67,9 @@ A program in C++ by find_package:
 
 A script in Python by ctypes:
 
-  $ on_this_machine "$TESTDIR/list_units.py" | grep -v ': sent .*, received .*, commands '
+  $ on_this_machine "$examples/list_units.py" | grep -v ': sent .*, received .*, commands '
   [1]
-  $ on_lab "$TESTDIR/list_units.py"
+  $ on_lab "$examples/list_units.py"
   600A0B8000112233445566778899AABB Finance: sent 2097152, received 16781312, commands 4609
     0101 Active Optimized: sent 1048576, received 8388608, commands 2304
     0102 Active Optimized: sent 1048576, received 8388608, commands 2304

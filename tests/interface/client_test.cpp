@@ -21,7 +21,7 @@ TEST(CClient, ListsAndChangesAndGivesEverythingBack) {
   ASSERT_NE(request, nullptr);
   EXPECT_EQ(textUnder(request, *ob::String::make("Algorithm")), "Least Bytes");
   EXPECT_EQ(host->memory.registry().openHandles(), 0u);
-  EXPECT_EQ(knownLogicalUnit(unitID(0))->retainCount(), 1u);  // the manager's own
+  EXPECT_EQ(knownLogicalUnit(unitID(0))->retainCount(), 2u);  // the manager and this
 }
 
 }  // namespace

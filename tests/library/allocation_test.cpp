@@ -104,10 +104,10 @@ TEST_F(Allocation, DuringAScanLosesOnlyTheObjectThatCouldNotBeMade) {
     failAllocationAfter(site);
     MPIOManagerRescan(MPIORescanAll, nullptr);
     failed = allocationFailed();
-    const auto* unit = knownLogicalUnit(unitID(0));
-    const auto* first = knownPath(pathID(0, 0));
-    const auto* second = knownPath(pathID(0, 1));
-    for (const auto* path : {first, second}) {
+    const auto unit = knownLogicalUnit(unitID(0));
+    const auto first = knownPath(pathID(0, 0));
+    const auto second = knownPath(pathID(0, 1));
+    for (const auto& path : {first, second}) {
       if (path == nullptr) continue;
       ASSERT_EQ(path->matchingLogicalUnitEntryID(), unit == nullptr ? 0 : unitID(0));
     }

@@ -1,6 +1,8 @@
 // When the manager scans, what a scan makes of the registry, and what it costs.
 #include <gmock/gmock.h>
 
+#include <cstring>
+
 #include "model/registry_names.hpp"
 #include "tests/library/owned.hpp"
 #include "tests/support/library_host.hpp"
@@ -44,6 +46,21 @@ TEST_F(Discovery, AnUnchangedGenerationCostsOneQueryAndReturnsTheSameHandles) {
   EXPECT_EQ(second.unit(1), first.unit(1));
   EXPECT_EQ(count(Operation::kTunable), 1u);
   EXPECT_EQ(host->watch.registryOperations(), 0u);
+}
+
+TEST_F(Discovery, TheGenerationIsTakenAsAnsweredWhateverTheStatus) {
+  fill({.units = 2, .paths = 0});
+  const std::uint32_t far = 0xFFFF'FF00;
+  host->watch.answerTunable = [&](void* room, std::size_t* size, const void* asked,
+                                  std::size_t length) {
+    const SCSIMPIOStatisticsRequest expected{.requestType = 2};
+    EXPECT_TRUE(length == 24 && std::memcmp(asked, &expected, length) == 0);
+    EXPECT_TRUE(*size == 4 && std::memcmp(room, "\0\0\0\0", 4) == 0);
+    std::memcpy(room, &far, sizeof far);
+    return -1;
+  };
+  EXPECT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
+  host->watch.answerTunable = nullptr;
 }
 
 TEST_F(Discovery, AFullScanCostsWhatItMustAndNothingMore) {
@@ -137,7 +154,7 @@ TEST_F(Discovery, CopyPathsAnswersForTheHandleItWasGiven) {
   const Handles after;  // the generation has been seen: the rebuilt unit is found, nothing scanned
   EXPECT_EQ(ObArrayGetCount(after.units.get()), 2u);
   EXPECT_NE(knownLogicalUnit(unitID(0)), nullptr);
-  EXPECT_NE(static_cast<const void*>(knownLogicalUnit(unitID(0))), before.unit());
+  EXPECT_NE(static_cast<const void*>(knownLogicalUnit(unitID(0)).get()), before.unit());
 }
 
 TEST_F(Discovery, AScanByPathEmptiesItsUnitAndLeavesOldPathsKnown) {
@@ -154,7 +171,7 @@ TEST_F(Discovery, AScanByPathEmptiesItsUnitAndLeavesOldPathsKnown) {
   ASSERT_NE(knownLogicalUnit(unitID(0)), nullptr);
   const auto& rebuiltPaths = knownLogicalUnit(unitID(0))->logicalUnitPaths();
   ASSERT_EQ(rebuiltPaths.size(), 1u);
-  EXPECT_EQ(knownPath(pathID(0, 0)), rebuiltPaths.begin()->second.get());  // the old one replaced
+  EXPECT_EQ(knownPath(pathID(0, 0)), rebuiltPaths.begin()->second);  // the old one replaced
   touch(host->memory);
   const Handles rebuilt;
   EXPECT_EQ(knownPath(pathID(0, 1)), nullptr);
@@ -184,7 +201,7 @@ TEST_F(Discovery, AScanOfOneUnitForgetsThePathsOfItsHandle) {
   EXPECT_EQ(ObArrayGetCount(handles.paths().get()), 2u);  // the handle's own stay with it
   EXPECT_EQ(knownPath(pathID(0, 1)), nullptr);
   ASSERT_NE(knownPath(pathID(0, 0)), nullptr);
-  EXPECT_NE(static_cast<const void*>(knownPath(pathID(0, 0))),
+  EXPECT_NE(static_cast<const void*>(knownPath(pathID(0, 0)).get()),
             at<MPIOLogicalUnitPathRef>(paths, 0));
 }
 

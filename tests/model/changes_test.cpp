@@ -207,7 +207,10 @@ TEST_F(Changes, OfOneUnitNeverMeetEachOtherNorAReader) {
     return kSuccess;
   });
   host.watch.onRelease = [&] {
-    if (reading && inside != 0) met = true;
+    if (!reading) return;
+    const std::size_t held = unit->logicalUnitPaths().size();
+    std::this_thread::yield();
+    if (inside != 0 || unit->logicalUnitPaths().size() != held) met = true;
   };
   const auto repeat = [&](auto request) {
     return std::thread([&, request] {
@@ -218,10 +221,17 @@ TEST_F(Changes, OfOneUnitNeverMeetEachOtherNorAReader) {
     reading = true;
     unit->getProperties();
   };
+  const auto comeAndGo = [&] {
+    unit->removePath(paths[2].get());
+    std::this_thread::yield();
+    unit->addPath(paths[2].get(), pathID(0, 2));
+  };
   std::thread threads[] = {repeat([&] { unit->setAlgorithm(4, nullptr); }),
                            repeat([&] { unit->setBatchCount(4, nullptr); }),
                            repeat([&] { unit->enablePath(paths[0].get(), nullptr); }),
-                           repeat([&] { unit->disableAllPaths(nullptr); }), repeat(read)};
+                           repeat([&] { unit->disableAllPaths(nullptr); }),
+                           repeat(read),
+                           repeat(comeAndGo)};
   for (std::thread& thread : threads) thread.join();
   EXPECT_FALSE(met);
 }

@@ -121,9 +121,37 @@ void WatchedRegistry::release(RegistryHandle handle) {
   if (watch_.onRelease) watch_.onRelease();
 }
 
+RegistryPort WatchedRegistry::createNotificationPort() {
+  return watch_.fails(Operation::kCreateNotificationPort) ? 0 : inner_.createNotificationPort();
+}
+
+void WatchedRegistry::setDispatchQueue(RegistryPort port, ob::DispatchQueue& queue) {
+  inner_.setDispatchQueue(port, queue);
+}
+
+ob::Ref<ob::RunLoopSource> WatchedRegistry::getRunLoopSource(RegistryPort port) {
+  return watch_.fails(Operation::kGetRunLoopSource) ? nullptr : inner_.getRunLoopSource(port);
+}
+
+void WatchedRegistry::destroyNotificationPort(RegistryPort port) {
+  inner_.destroyNotificationPort(port);
+}
+
+ob::Ref<const ob::Dictionary> WatchedRegistry::classMatching(std::string_view className) {
+  return watch_.fails(Operation::kClassMatching) ? nullptr : inner_.classMatching(className);
+}
+
+RegistryResult<RegistryHandle> WatchedRegistry::addMatchingNotification(
+    RegistryPort port, std::string_view kind, ob::Ref<const ob::Dictionary> matching,
+    NotificationDelivery deliver) {
+  if (watch_.fails(Operation::kAddMatchingNotification)) return {kInjectedStatus, 0};
+  return inner_.addMatchingNotification(port, kind, std::move(matching), std::move(deliver));
+}
+
 int WatchedTunable::sysctlbyname(const char* name, void* oldValue, std::size_t* oldLength,
                                  const void* newValue, std::size_t newLength) {
   if (watch_.fails(Operation::kTunable)) return -1;
+  if (watch_.answerTunable) return watch_.answerTunable(oldValue, oldLength, newValue, newLength);
   return inner_.sysctlbyname(name, oldValue, oldLength, newValue, newLength);
 }
 

@@ -23,6 +23,10 @@ enum class Operation : std::size_t {
   kIteratorNext,
   kConformsTo,
   kGetEntryID,
+  kCreateNotificationPort,
+  kGetRunLoopSource,
+  kClassMatching,
+  kAddMatchingNotification,
   kRelease,  // counted, never failed
   kTunable,
   kDescribe,
@@ -52,6 +56,8 @@ class Watch {
   // All that failAt can reach.
   std::size_t failable() const;
 
+  // Answers the tunable in place of the driver, if set: room, its size, request and its size.
+  std::function<int(void*, std::size_t*, const void*, std::size_t)> answerTunable;
   // Called by each release, after it, if set.
   std::function<void()> onRelease;
 
@@ -83,6 +89,14 @@ class WatchedRegistry final : public MPIODeviceRegistry {
   bool conformsTo(RegistryHandle entry, std::string_view className) override;
   RegistryResult<EntryID> getEntryID(RegistryHandle entry) override;
   void release(RegistryHandle handle) override;
+  RegistryPort createNotificationPort() override;
+  void setDispatchQueue(RegistryPort port, ob::DispatchQueue& queue) override;
+  ob::Ref<ob::RunLoopSource> getRunLoopSource(RegistryPort port) override;
+  void destroyNotificationPort(RegistryPort port) override;
+  ob::Ref<const ob::Dictionary> classMatching(std::string_view className) override;
+  RegistryResult<RegistryHandle> addMatchingNotification(RegistryPort port, std::string_view kind,
+                                                         ob::Ref<const ob::Dictionary> matching,
+                                                         NotificationDelivery deliver) override;
 
  private:
   MPIODeviceRegistry& inner_;

@@ -8,7 +8,7 @@ boot_limit=180 # seconds that one boot may take under emulation on a busy machin
 # Emulation only: a nested /dev/kvm is not to be trusted, and the tests must run where there is none.
 boot() {
   local name=$1 out=$work/results/$1 started=$SECONDS
-  timeout --kill-after=5 "$boot_limit" qemu-system-x86_64 -accel tcg -m 1024 -smp 1 -display none -nodefaults -no-reboot \
+  timeout --kill-after=5 "$boot_limit" qemu-system-x86_64 -accel tcg -m 2048 -smp 1 -display none -nodefaults -no-reboot \
     -kernel "$work/vmlinuz" -initrd "$work/initramfs" \
     -append "console=ttyS0 quiet loglevel=4 panic=-1 scenario=$name" \
     -serial "file:$out.console" -serial "file:$out.checks" -serial "file:$out.tar.gz" \

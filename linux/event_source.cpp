@@ -1,0 +1,88 @@
+#include "linux/event_source.hpp"
+
+#include <linux/netlink.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "linux/uevent.hpp"
+
+namespace tavrenix::sys {
+
+namespace {
+
+// Room for a burst of events while the listener is at work. More is granted to the superuser only.
+constexpr int kRoom = 4 << 20;
+// No event is longer: the kernel's are bounded at 2 kB and udev's properties at 16 kB.
+constexpr std::size_t kLongestEvent = 32768;
+
+}  // namespace
+
+std::optional<EventSource> EventSource::open(Group group) {
+  const int socket =
+      ::socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_KOBJECT_UEVENT);
+  if (socket < 0) return std::nullopt;
+  EventSource source(socket);
+  if (::setsockopt(socket, SOL_SOCKET, SO_RCVBUFFORCE, &kRoom, sizeof kRoom) != 0) {
+    ::setsockopt(socket, SOL_SOCKET, SO_RCVBUF, &kRoom, sizeof kRoom);
+  }
+  sockaddr_nl address{};
+  address.nl_family = AF_NETLINK;
+  address.nl_groups = static_cast<unsigned>(group);
+  if (::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    return std::nullopt;
+  }
+  return source;
+}
+
+EventSource::EventSource(int socket) noexcept
+    : socket_(socket), stop_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+EventSource::EventSource(EventSource&& other) noexcept
+    : socket_(std::exchange(other.socket_, -1)), stop_(std::exchange(other.stop_, -1)) {}
+
+EventSource::~EventSource() {
+  if (socket_ >= 0) ::close(socket_);
+  if (stop_ >= 0) ::close(stop_);
+}
+
+void EventSource::stop() noexcept {
+  const std::uint64_t one = 1;
+  [[maybe_unused]] const ssize_t written = ::write(stop_, &one, sizeof one);
+}
+
+EventSource::Heard EventSource::wait() {
+  bool changed = false;
+  for (;;) {
+    // Once there is a change, only what has come already is still taken along.
+    pollfd files[] = {{socket_, POLLIN, 0}, {stop_, POLLIN, 0}};
+    const int ready = ::poll(files, 2, changed ? 0 : -1);
+    if (ready < 0 && errno != EINTR) return Heard::kBroken;
+    if (files[1].revents != 0) return Heard::kStop;
+    if (ready == 0) return Heard::kChange;
+    if (files[0].revents == 0) continue;
+    const auto heard = receive();
+    if (heard == Heard::kBroken) return Heard::kBroken;
+    changed = changed || heard == Heard::kChange;
+  }
+}
+
+std::optional<EventSource::Heard> EventSource::receive() {
+  char buffer[kLongestEvent];
+  const ssize_t length = ::recv(socket_, buffer, sizeof buffer, MSG_DONTWAIT);
+  if (length < 0) {
+    if (errno == ENOBUFS) return Heard::kChange;  // events were lost: anything may have changed
+    if (errno == EAGAIN || errno == EINTR) return std::nullopt;
+    return Heard::kBroken;
+  }
+  if (length == 0) return Heard::kBroken;
+  const auto event = parseUevent({buffer, static_cast<std::size_t>(length)});
+  if (!event || !concernsStorage(*event)) return std::nullopt;
+  return Heard::kChange;
+}
+
+}  // namespace tavrenix::sys

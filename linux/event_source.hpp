@@ -1,0 +1,46 @@
+// Hears of changes of storage: device events from the kernel, after udev's rules where udevd runs.
+//
+// What an event says is not used, only that there was one: whoever listens looks at the machine
+// anew, and so misses nothing when events were lost.
+#pragma once
+
+#include <optional>
+
+#include "linux/files.hpp"
+
+namespace tavrenix::sys {
+
+class EventSource {
+ public:
+  // Events are sent twice: raw by the kernel (group 1), and by udevd once its rules have run and
+  // links and labels are there (group 2), which is what to listen to where udevd runs.
+  enum class Group : unsigned { kKernel = 1, kUdev = 2 };
+  static Group groupOf(const HostFiles& files) {
+    return files.exists("/run/udev/control") ? Group::kUdev : Group::kKernel;
+  }
+
+  // Listens from now on. Nothing where the kernel does not let us.
+  static std::optional<EventSource> open(Group group);
+  // Over a datagram socket that somebody else sends on; it is closed with this object.
+  explicit EventSource(int socket) noexcept;
+  EventSource(EventSource&& other) noexcept;
+  EventSource& operator=(EventSource&&) = delete;
+  EventSource(const EventSource&) = delete;
+  ~EventSource();
+
+  enum class Heard { kChange, kStop, kBroken };
+  // Waits until storage may have changed, or until stop() has been called. All events that have
+  // come by then are one change; so are events that were lost because too many came.
+  Heard wait();
+  // Ends the wait under way and all later ones. Any thread.
+  void stop() noexcept;
+
+ private:
+  // Reads one event. Nothing where there is none to read.
+  std::optional<Heard> receive();
+
+  int socket_;
+  int stop_;
+};
+
+}  // namespace tavrenix::sys

@@ -1,0 +1,104 @@
+// The notification half of the in-memory registry.
+#include <new>
+
+#include "model/memory/registry.hpp"
+#include "model/registry_names.hpp"
+
+namespace tavrenix::memory {
+
+using Lock = std::lock_guard<std::mutex>;
+
+namespace {
+
+// The one key of a matching dictionary.
+inline constinit ob::ConstantString kClassNameStorage("Class Name");
+inline constexpr const ob::String& kClassName = kClassNameStorage.string;
+
+}  // namespace
+
+MemoryRegistry::~MemoryRegistry() {
+  for (const Slot& slot : slots_) {
+    if (const auto* port = std::get_if<ob::Ref<NotificationPort>>(&slot)) (*port)->destroy();
+  }
+}
+
+ob::Ref<NotificationPort> MemoryRegistry::portOf(RegistryPort port) {
+  const Lock lock(mutex_);
+  auto* known = opened<ob::Ref<NotificationPort>>(port);
+  return known == nullptr ? nullptr : *known;
+}
+
+RegistryPort MemoryRegistry::createNotificationPort() {
+  const Lock lock(mutex_);
+  return open(ob::make<NotificationPort>());
+}
+
+void MemoryRegistry::setDispatchQueue(RegistryPort port, ob::DispatchQueue& queue) {
+  if (const auto known = portOf(port)) known->setDispatchQueue(queue);
+}
+
+ob::Ref<ob::RunLoopSource> MemoryRegistry::getRunLoopSource(RegistryPort port) {
+  const auto known = portOf(port);
+  return known ? known->runLoopSource() : nullptr;
+}
+
+void MemoryRegistry::destroyNotificationPort(RegistryPort port) {
+  const auto known = portOf(port);
+  if (!known) return;
+  known->destroy();
+  release(port);
+}
+
+ob::Ref<const ob::Dictionary> MemoryRegistry::classMatching(std::string_view className) {
+  ob::DictionaryBuilder matching(1);
+  matching.add(kClassName, ob::String::make(className));
+  return matching.build();
+}
+
+RegistryResult<RegistryHandle> MemoryRegistry::addMatchingNotification(
+    RegistryPort port, std::string_view kind, ob::Ref<const ob::Dictionary> matching,
+    NotificationDelivery deliver) {
+  const auto* className = matching ? matching->valueAs<ob::String>(kClassName) : nullptr;
+  const bool ofArrivals = kind == registry::kFirstMatchNotification;
+  if (className == nullptr || !(ofArrivals || kind == registry::kTerminateNotification)) {
+    return {kNoSuchObject, 0};
+  }
+  auto made = std::make_shared<Registration>();
+  made->ofArrivals = ofArrivals;
+  made->className = className->view();
+  made->deliver = std::move(deliver);
+  const Lock lock(mutex_);
+  const auto* known = opened<ob::Ref<NotificationPort>>(port);
+  if (known == nullptr) return {kNoSuchObject, 0};
+  made->port = *known;
+  if (ofArrivals) {
+    for (auto& entry : tree_.ofClass(made->className)) made->waiting.push_back(std::move(entry));
+  }
+  made->handle = open(made);
+  try {
+    registrations_.add(made);
+  } catch (const std::bad_alloc&) {
+    slots_[made->handle - 1] = Slot{};
+    freeSlots_.push_back(made->handle);
+    throw;
+  }
+  return {kSuccess, made->handle};
+}
+
+bool MemoryRegistry::notificationsAreSettled() const {
+  const Lock lock(mutex_);
+  return registrations_.isSettled();
+}
+
+MemoryRegistry::HeldNotifications::HeldNotifications(MemoryRegistry& registry)
+    : registry_(registry) {
+  const Lock lock(registry_.mutex_);
+  registry_.registrations_.hold();
+}
+
+MemoryRegistry::HeldNotifications::~HeldNotifications() {
+  const Lock lock(registry_.mutex_);
+  registry_.registrations_.letGo();
+}
+
+}  // namespace tavrenix::memory
