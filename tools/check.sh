@@ -7,6 +7,9 @@ checks=(
   "format    every source is in the project's format"
   "walls     no folder includes what it may not use"
   "headers   each public header compiles alone as C11 and as C++20, with both compilers"
+  "exports   the shared library shows the names of the public headers and no other"
+  "manuals   the manual pages render without warnings and name all that the headers declare"
+  "package   the Debian packages please lintian, install, run and leave nothing behind on a bare Debian"
   "shell     shellcheck finds nothing in the shell scripts"
   "scripts   the tests of the scripts themselves"
   "clang     everything builds with clang, and all tests pass"
@@ -47,6 +50,48 @@ check_headers() {
     done
   done
   return "$status"
+}
+
+# A build as it is shipped, without tests.
+build_product() {
+  configure_quietly product -DCMAKE_BUILD_TYPE=RelWithDebInfo
+  compile_quietly product
+}
+
+check_exports() {
+  tools/check-exports --self-test
+  build_product
+  tools/check-exports build/product/linux/libtavrenix.so
+}
+
+manual_faults() {
+  local page name
+  local -a pages
+  mapfile -d '' -t pages < <(tracked 'docs/man/*.[1-9]')
+  ((${#pages[@]})) || echo "no manual page found"
+  # Pages that others install are not asked for.
+  mandoc -T lint -W style "${pages[@]}" | grep -v 'referenced manual not found' || true
+  for page in "${pages[@]}"; do
+    LC_ALL=C.UTF-8 MANROFFSEQ='' MANWIDTH=80 man --warnings -E UTF-8 -l -Tutf8 -Z "$page" 2>&1 >/dev/null |
+      sed "s|^|$page: |"
+  done
+  while IFS= read -r name; do
+    grep -qw -e "$name" docs/man/libtavrenix.3 || echo "docs/man/libtavrenix.3: no word of $name"
+  done < <(tools/check-exports --names)
+}
+
+check_manuals() {
+  local faults
+  faults=$(manual_faults)
+  [[ -z $faults ]] || { echo "$faults"; return 1; }
+}
+
+check_package() {
+  ((EUID == 0)) || { echo "a bare Debian is made by the superuser alone"; return "$skipped"; }
+  same_version_everywhere
+  logged package make_packages
+  lint_packages
+  logged bare in_bare_folder try_packages
 }
 
 # The sourced files are judged along with the scripts that source them.
