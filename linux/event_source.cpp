@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <utility>
 
 #include "linux/uevent.hpp"
@@ -21,6 +22,20 @@ constexpr int kRoom = 4 << 20;
 constexpr std::size_t kLongestEvent = 32768;
 
 }  // namespace
+
+bool isBelieved(const msghdr& message, uid_t user) {
+  const auto* from = static_cast<const sockaddr_nl*>(message.msg_name);
+  if (message.msg_namelen == sizeof *from && from->nl_family == AF_NETLINK) {
+    const bool fromKernel = from->nl_pid == 0;
+    const bool toUdevsGroup = from->nl_groups == static_cast<unsigned>(EventSource::Group::kUdev);
+    if (!fromKernel && !toUdevsGroup) return false;
+  }
+  const cmsghdr* head = CMSG_FIRSTHDR(&message);
+  if (head == nullptr || head->cmsg_type != SCM_CREDENTIALS) return false;
+  ucred sender;
+  std::memcpy(&sender, CMSG_DATA(head), sizeof sender);
+  return sender.uid == user;
+}
 
 std::optional<EventSource> EventSource::open(Group group) {
   const int socket =
@@ -39,11 +54,16 @@ std::optional<EventSource> EventSource::open(Group group) {
   return source;
 }
 
-EventSource::EventSource(int socket) noexcept
-    : socket_(socket), stop_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+EventSource::EventSource(int socket, uid_t believed) noexcept
+    : socket_(socket), believed_(believed), stop_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+  const int yes = 1;
+  ::setsockopt(socket_, SOL_SOCKET, SO_PASSCRED, &yes, sizeof yes);
+}
 
 EventSource::EventSource(EventSource&& other) noexcept
-    : socket_(std::exchange(other.socket_, -1)), stop_(std::exchange(other.stop_, -1)) {}
+    : socket_(std::exchange(other.socket_, -1)),
+      believed_(other.believed_),
+      stop_(std::exchange(other.stop_, -1)) {}
 
 EventSource::~EventSource() {
   if (socket_ >= 0) ::close(socket_);
@@ -55,12 +75,13 @@ void EventSource::stop() noexcept {
   [[maybe_unused]] const ssize_t written = ::write(stop_, &one, sizeof one);
 }
 
-EventSource::Heard EventSource::wait() {
+EventSource::Heard EventSource::wait(std::optional<std::chrono::milliseconds> patience) {
   bool changed = false;
+  const int longest = patience ? static_cast<int>(patience->count()) : -1;
   for (;;) {
     // Once there is a change, only what has come already is still taken along.
     pollfd files[] = {{socket_, POLLIN, 0}, {stop_, POLLIN, 0}};
-    const int ready = ::poll(files, 2, changed ? 0 : -1);
+    const int ready = ::poll(files, 2, changed ? 0 : longest);
     if (ready < 0 && errno != EINTR) return Heard::kBroken;
     if (files[1].revents != 0) return Heard::kStop;
     if (ready == 0) return Heard::kChange;
@@ -73,13 +94,25 @@ EventSource::Heard EventSource::wait() {
 
 std::optional<EventSource::Heard> EventSource::receive() {
   char buffer[kLongestEvent];
-  const ssize_t length = ::recv(socket_, buffer, sizeof buffer, MSG_DONTWAIT);
+  iovec part{buffer, sizeof buffer};
+  sockaddr_nl from{};
+  alignas(cmsghdr) char control[CMSG_SPACE(sizeof(ucred))];
+  msghdr message{};
+  message.msg_name = &from;
+  message.msg_namelen = sizeof from;
+  message.msg_iov = &part;
+  message.msg_iovlen = 1;
+  message.msg_control = control;
+  message.msg_controllen = sizeof control;
+  const ssize_t length = ::recvmsg(socket_, &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
   if (length < 0) {
     if (errno == ENOBUFS) return Heard::kChange;  // events were lost: anything may have changed
     if (errno == EAGAIN || errno == EINTR) return std::nullopt;
     return Heard::kBroken;
   }
   if (length == 0) return Heard::kBroken;
+  if (!isBelieved(message, believed_)) return std::nullopt;
+  if ((message.msg_flags & MSG_TRUNC) != 0) return Heard::kChange;  // it may say anything
   const auto event = parseUevent({buffer, static_cast<std::size_t>(length)});
   if (!event || !concernsStorage(*event)) return std::nullopt;
   return Heard::kChange;

@@ -4,11 +4,19 @@
 // anew, and so misses nothing when events were lost.
 #pragma once
 
+#include <sys/socket.h>
+#include <sys/types.h>
+
+#include <chrono>
 #include <optional>
 
 #include "linux/files.hpp"
 
 namespace tavrenix::sys {
+
+// Whether the sender of a message is one to be believed: the user, and in the kernel's group the
+// kernel itself. from: of the message, of any address family.
+bool isBelieved(const msghdr& message, uid_t user);
 
 class EventSource {
  public:
@@ -21,8 +29,9 @@ class EventSource {
 
   // Listens from now on. Nothing where the kernel does not let us.
   static std::optional<EventSource> open(Group group);
-  // Over a datagram socket that somebody else sends on; it is closed with this object.
-  explicit EventSource(int socket) noexcept;
+  // Over a datagram socket that somebody else sends on; it is closed with this object. Only what
+  // that user sends is believed.
+  explicit EventSource(int socket, uid_t believed = 0) noexcept;
   EventSource(EventSource&& other) noexcept;
   EventSource& operator=(EventSource&&) = delete;
   EventSource(const EventSource&) = delete;
@@ -30,8 +39,9 @@ class EventSource {
 
   enum class Heard { kChange, kStop, kBroken };
   // Waits until storage may have changed, or until stop() has been called. All events that have
-  // come by then are one change; so are events that were lost because too many came.
-  Heard wait();
+  // come by then are one change; so are events that were lost because too many came, and the end
+  // of the caller's patience.
+  Heard wait(std::optional<std::chrono::milliseconds> patience = std::nullopt);
   // Ends the wait under way and all later ones. Any thread.
   void stop() noexcept;
 
@@ -40,6 +50,7 @@ class EventSource {
   std::optional<Heard> receive();
 
   int socket_;
+  uid_t believed_;
   int stop_;
 };
 

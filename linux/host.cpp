@@ -11,9 +11,9 @@ LinuxHost::LinuxHost(HostFiles files, DeviceMapperPort& port, PathDaemon& daemon
       effectiveUser_(effectiveUser),
       machine_(files_, port, pause),
       notifications_(
-          [this](const std::string& className) {
+          [this](const std::vector<std::string>& classes) {
             machine_.forget();
-            return entriesOfClass(machine_, className);
+            return entriesToTellOf(machine_, classes);
           },
           opener ? std::move(opener)
                  : [this] { return EventSource::open(EventSource::groupOf(files_)); }),

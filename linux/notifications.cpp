@@ -1,139 +1,208 @@
 #include "linux/notifications.hpp"
 
+#include <pthread.h>
+#include <signal.h>
+
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
+#include <new>
 #include <system_error>
 #include <utility>
 
 namespace tavrenix::sys {
 
-using Lock = std::lock_guard<std::mutex>;
+namespace {
+
+// How soon to look again where the machine could not be read, a map on its way out for instance.
+constexpr std::chrono::milliseconds kRetry(100);
+
+Entries sorted(Entries entries) {
+  std::sort(entries.begin(), entries.end());
+  entries.erase(std::unique(entries.begin(), entries.end()), entries.end());
+  return entries;
+}
+
+// What is in the first and not in the second; both ascend.
+Entries without(const Entries& first, const Entries& second) {
+  Entries rest;
+  std::set_difference(first.begin(), first.end(), second.begin(), second.end(),
+                      std::back_inserter(rest));
+  return rest;
+}
+
+}  // namespace
 
 Notifications::Notifications(Lister lister, Opener opener)
     : lister_(std::move(lister)), opener_(std::move(opener)) {}
 
 Notifications::~Notifications() {
-  if (!listener_.joinable()) return;
-  source_->stop();
-  listener_.join();
+  stopListening();
 }
 
-int Notifications::startListening() {
-  if (listener_.joinable()) return 0;
+bool Notifications::portMade() {
+  const Lock lock(ports_);
+  if (portCount_ == 0 && !startListening()) return false;
+  ++portCount_;
+  return true;
+}
+
+void Notifications::portDestroyed() {
+  const Lock lock(ports_);
+  if (--portCount_ == 0) {
+    stopListening();
+    return;
+  }
+  const Lock state(mutex_);  // so that who is about to wait has seen the port destroyed
+  takenUp_.notify_all();
+}
+
+bool Notifications::startListening() {
   auto source = opener_();
-  if (!source) return errno != 0 ? -errno : -EIO;
+  if (!source) return false;
   source_.emplace(std::move(*source));
+  stopping_ = false;  // there is no other thread yet
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &before);  // signals are for the client's own threads
   try {
     listener_ = std::thread([this] { listen(); });
-  } catch (const std::system_error& error) {
-    return -error.code().value();
+  } catch (const std::system_error&) {
+    source_.reset();
   }
-  return 0;
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  return listener_.joinable();
+}
+
+void Notifications::stopListening() {
+  if (!listener_.joinable()) return;
+  {
+    const Lock lock(mutex_);
+    stopping_ = true;
+    takenUp_.notify_all();
+  }
+  source_->stop();
+  listener_.join();
+  source_.reset();
+  const Lock lock(mutex_);
+  watched_.clear();  // from now on changes are missed
+  known_.clear();
+  held_ = false;
 }
 
 void Notifications::listen() {
-  while (source_->wait() == EventSource::Heard::kChange) {
-    const Lock lock(mutex_);
-    look(false);
+  pthread_setname_np(pthread_self(), "storage-events");
+  std::optional<std::chrono::milliseconds> patience;
+  while (source_->wait(patience) == EventSource::Heard::kChange) {
+    Lock lock(mutex_);
+    bool complete = false;
+    try {
+      complete = tellChanges(lock);
+    } catch (const std::bad_alloc&) {  // later there may be more memory
+    }
+    patience = complete ? std::nullopt : std::optional(kRetry);
   }
+}
+
+bool Notifications::tellChanges(Lock& lock) {
+  waitUntilTakenUp(lock, true);
+  while (!stopping_) {
+    const auto present = list();
+    if (!present) return false;
+    if (!tellDepartures(*present)) {
+      tellArrivals(*present);
+      break;
+    }
+    waitUntilTakenUp(lock, false);
+  }
+  return true;
+}
+
+std::optional<Entries> Notifications::list() {
+  if (watched_.empty()) return Entries{};
+  auto listed = lister_(watched_);
+  if (listed.status != 0 && listed.status != -ENXIO) return std::nullopt;
+  return sorted(std::move(listed.value));
+}
+
+bool Notifications::tellDepartures(const Entries& present) {
+  const Entries gone = without(known_, present);
+  if (gone.empty()) return false;
+  known_ = without(known_, gone);
+  held_ = registrations_.areTakenUp(true);
+  heldUntil_ = Clock::now() + kLongestHold;
+  // Paths before units: an entry ID begins with the kind.
+  for (auto at = gone.rbegin(); at != gone.rend(); ++at) registrations_.changed(*at, false);
+  return true;
+}
+
+void Notifications::tellArrivals(const Entries& present) {
+  const Entries come = without(present, known_);
+  known_ = present;
+  for (const EntryID entry : come) registrations_.changed(entry, true);
+}
+
+void Notifications::waitUntilTakenUp(Lock& lock, bool arrivals) {
+  takenUp_.wait_until(lock, Clock::now() + kLongestHold,
+                      [&] { return stopping_ || registrations_.areTakenUp(arrivals); });
+  if (!arrivals) held_ = false;
+}
+
+int Notifications::watch(const std::string& className) {
+  if (std::find(watched_.begin(), watched_.end(), className) != watched_.end()) return 0;
+  auto listed = lister_({className});
+  if (listed.status != 0 && listed.status != -ENXIO) return listed.status;
+  // What another registration is still to be told of stays unknown, and is told to both.
+  std::erase_if(listed.value, [&](EntryID entry) {
+    return std::any_of(watched_.begin(), watched_.end(),
+                       [&](const auto& one) { return conforms(entry, one); });
+  });
+  known_.insert(known_.end(), listed.value.begin(), listed.value.end());
+  known_ = sorted(std::move(known_));
+  watched_.push_back(className);
+  return 0;
 }
 
 int Notifications::add(const std::shared_ptr<Registration>& registration) {
   const Lock lock(mutex_);
-  // Before anything is listed, so that nothing falls between.
-  if (const int status = startListening(); status != 0) return status;
-  const std::string& className = registration->className;
-  if (!known_.contains(className)) {
-    const auto listed = lister_(className);
-    if (listed.status != 0 && listed.status != -ENXIO) return listed.status;
-    auto& known = known_[className];
-    for (const EntryID entry : listed.value) known.set(entry, true);
-  } else {
-    look(false);  // others hear of what this one finds present
+  const auto& request = registration->request;
+  if (const int status = watch(request.className); status != 0) return status;
+  if (request.ofArrivals) {
+    std::copy_if(known_.begin(), known_.end(), std::back_inserter(registration->waiting),
+                 [&](EntryID entry) { return conforms(entry, request.className); });
   }
-  if (registration->ofArrivals) {
-    for (const auto& [entry, present] : known_[className]) registration->waiting.push_back(entry);
-  }
-  all_.push_back(registration);
+  registrations_.add(registration);
   return 0;
 }
 
 void Notifications::remove(const Registration& registration) {
   const Lock lock(mutex_);
-  std::erase_if(all_, [&](const auto& one) { return one.get() == &registration; });
-  const bool watched = std::any_of(all_.begin(), all_.end(), [&](const auto& one) {
-    return one->className == registration.className;
-  });
-  if (!watched) known_.erase(registration.className);
+  registrations_.remove(registration);
+  takenUp_.notify_all();
 }
 
 std::optional<EntryID> Notifications::next(Registration& registration) {
   const Lock lock(mutex_);
-  registration.armed = registration.waiting.empty();
-  if (!registration.armed) {
-    const EntryID entry = registration.waiting.front();
-    registration.waiting.pop_front();
-    return entry;
-  }
-  registration.busy = false;
-  if (arrivalsWait_) look(false);
-  return std::nullopt;
+  auto entry = registration.next();
+  if (!entry) takenUp_.notify_all();
+  return entry;
+}
+
+bool Notifications::isHeld() {
+  held_ = held_ && !registrations_.areTakenUp(false) && Clock::now() < heldUntil_;
+  return held_;
 }
 
 std::uint32_t Notifications::shown(std::uint32_t fresh) {
   const Lock lock(mutex_);
   // A caller who would scan now hears of departures first. Arrivals wait for their event, and so
   // for udev.
-  if (fresh != shown_ && !all_.empty()) look(true);
-  if (departuresAreTakenUp()) shown_ = fresh;
+  if (fresh != shown_ && !watched_.empty() && !isHeld() && registrations_.areTakenUp(true)) {
+    if (const auto present = list()) tellDepartures(*present);
+  }
+  if (!isHeld()) shown_ = fresh;
   return shown_;
-}
-
-void Notifications::look(bool departuresOnly) {
-  for (auto& [className, known] : known_) lookAt(className, known, true);
-  arrivalsWait_ = arrivalsWait_ || !departuresOnly;
-  if (!arrivalsWait_ || !departuresAreTakenUp()) return;
-  arrivalsWait_ = false;
-  for (auto& [className, known] : known_) lookAt(className, known, false);
-}
-
-void Notifications::lookAt(const std::string& className, Known& known, bool departuresOnly) {
-  const auto listed = lister_(className);
-  if (listed.status != 0 && listed.status != -ENXIO) return;  // nothing is known: nothing changed
-  Known now;
-  for (const EntryID entry : listed.value) now.set(entry, true);
-  std::vector<EntryID> gone;
-  for (const auto& [entry, present] : known) {
-    if (!now.contains(entry)) gone.push_back(entry);
-  }
-  for (const EntryID entry : gone) {
-    known.erase(entry);
-    tell(className, entry, false);
-  }
-  if (departuresOnly) return;
-  for (const EntryID entry : listed.value) {
-    if (known.contains(entry)) continue;
-    known.set(entry, true);
-    tell(className, entry, true);
-  }
-}
-
-void Notifications::tell(const std::string& className, EntryID entry, bool arrived) {
-  for (const auto& one : all_) {
-    if (one->ofArrivals != arrived || one->className != className || one->port->isDestroyed()) {
-      continue;
-    }
-    one->waiting.push_back(entry);
-    one->busy = true;
-    if (!std::exchange(one->armed, false)) continue;
-    one->port->post([deliver = one->deliver, handle = one->handle] { deliver(handle); });
-  }
-}
-
-bool Notifications::departuresAreTakenUp() const {
-  return std::none_of(all_.begin(), all_.end(), [](const auto& one) {
-    return !one->ofArrivals && one->busy && !one->port->isDestroyed();
-  });
 }
 
 }  // namespace tavrenix::sys

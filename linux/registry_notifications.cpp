@@ -2,24 +2,14 @@
 #include <cerrno>
 
 #include "linux/registry.hpp"
-#include "model/registry_names.hpp"
 
 namespace tavrenix::sys {
 
-namespace {
-
-// The one key of a matching dictionary.
-inline constinit ob::ConstantString kClassNameStorage("Class Name");
-inline constexpr const ob::String& kClassName = kClassNameStorage.string;
-
-}  // namespace
-
 RegistryHandle LinuxRegistry::iteratorNext(RegistryHandle iterator) {
-  if (const auto registration = handles_.registration(iterator)) {
-    const auto entry = notifications_.next(*registration);
-    return entry ? handles_.openEntry(*entry) : 0;
-  }
-  return handles_.next(iterator);
+  if (const RegistryHandle entry = handles_.next(iterator)) return entry;
+  const auto registration = handles_.registration(iterator);
+  const auto entry = registration ? notifications_.next(*registration) : std::nullopt;
+  return entry ? handles_.openEntry(*entry) : 0;
 }
 
 void LinuxRegistry::release(RegistryHandle handle) {
@@ -28,7 +18,8 @@ void LinuxRegistry::release(RegistryHandle handle) {
 }
 
 RegistryPort LinuxRegistry::createNotificationPort() {
-  return handles_.openPort(ob::make<NotificationPort>());
+  auto port = ob::make<NotificationPort>();
+  return notifications_.portMade() ? handles_.openPort(std::move(port)) : 0;
 }
 
 void LinuxRegistry::setDispatchQueue(RegistryPort port, ob::DispatchQueue& queue) {
@@ -45,27 +36,22 @@ void LinuxRegistry::destroyNotificationPort(RegistryPort port) {
   if (!known) return;
   known->destroy();
   handles_.release(port);
+  notifications_.portDestroyed();
 }
 
 ob::Ref<const ob::Dictionary> LinuxRegistry::classMatching(std::string_view className) {
-  ob::DictionaryBuilder matching(1);
-  matching.add(kClassName, ob::String::make(className));
-  return matching.build();
+  return matchingOfClass(className);
 }
 
 RegistryResult<RegistryHandle> LinuxRegistry::addMatchingNotification(
     RegistryPort port, std::string_view kind, ob::Ref<const ob::Dictionary> matching,
     NotificationDelivery deliver) {
-  const auto* className = matching ? matching->valueAs<ob::String>(kClassName) : nullptr;
-  const bool ofArrivals = kind == registry::kFirstMatchNotification;
-  const auto known = handles_.port(port);
-  if (className == nullptr || !known || !(ofArrivals || kind == registry::kTerminateNotification)) {
-    return {-EINVAL, 0};
-  }
+  auto request = readNotificationRequest(kind, matching.get());
+  auto known = handles_.port(port);
+  if (!request || !known) return {-EINVAL, 0};
   auto made = std::make_shared<Registration>();
-  made->port = known;
-  made->ofArrivals = ofArrivals;
-  made->className = className->view();
+  made->request = std::move(*request);
+  made->port = std::move(known);
   made->deliver = std::move(deliver);
   made->handle = handles_.openRegistration(made);
   if (const int status = notifications_.add(made); status != 0) {

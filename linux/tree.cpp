@@ -1,6 +1,8 @@
 #include "linux/tree.hpp"
 
 #include <algorithm>
+#include <cerrno>
+#include <iterator>
 
 #include "linux/wwid.hpp"
 #include "model/registry_names.hpp"
@@ -142,6 +144,25 @@ Answer<Entries> entriesOfClass(Machine& machine, std::string_view className) {
       take(id);
     if (className == registry::kPathClass) continue;  // there are none below
     for (const auto id : relativesOf(machine, unit, kIterateRecursively)) take(id);
+  }
+  return found;
+}
+
+Answer<Entries> entriesToTellOf(Machine& machine, const std::vector<std::string>& classes) {
+  const auto units = machine.units();
+  if (units.status != 0) return units;
+  Entries bare;
+  for (const EntryID id : units.value) {
+    const auto unit = machine.unit(id);
+    if (!unit && machine.exists(id)) return {-EAGAIN, {}};
+    if (!unit || unit->lines.targets.empty()) bare.push_back(id);
+  }
+  Answer<Entries> found;
+  for (const auto& className : classes) {
+    const auto listed = entriesOfClass(machine, className);
+    if (listed.status != 0) return listed;
+    std::copy_if(listed.value.begin(), listed.value.end(), std::back_inserter(found.value),
+                 [&](EntryID id) { return std::find(bare.begin(), bare.end(), id) == bare.end(); });
   }
   return found;
 }

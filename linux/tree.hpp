@@ -24,6 +24,10 @@ Entries relativesOf(Machine& machine, EntryID id, std::uint32_t options);
 // be asked.
 Answer<Entries> entriesOfClass(Machine& machine, std::string_view className);
 
+// The entries of these classes that clients can be told of: a map becomes a unit with its first
+// table. -EAGAIN where a map could not be read.
+Answer<Entries> entriesToTellOf(Machine& machine, const std::vector<std::string>& classes);
+
 bool conformsTo(Kind kind, std::string_view className);
 
 // Whether nothing lies on the medium.

@@ -166,7 +166,7 @@ RegistryHandle MemoryRegistry::iteratorNext(RegistryHandle iterator) {
   const Lock lock(mutex_);
   if (const auto* registration = opened<std::shared_ptr<Registration>>(iterator)) {
     auto entry = (*registration)->next();
-    return entry ? open(std::move(entry)) : 0;
+    return entry ? open(std::move(*entry)) : 0;
   }
   auto* known = opened<Iterator>(iterator);
   if (known == nullptr || known->next == known->entries.size()) return 0;

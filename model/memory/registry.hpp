@@ -9,8 +9,8 @@
 #include <optional>
 #include <variant>
 
-#include "model/memory/registrations.hpp"
 #include "model/memory/tree.hpp"
+#include "model/registrations.hpp"
 
 namespace tavrenix::memory {
 
@@ -87,6 +87,10 @@ class MemoryRegistry final : public MPIODeviceRegistry {
     Entries entries;
     std::size_t next = 0;
   };
+  static bool conforms(const ob::Ref<Entry>& entry, std::string_view className) {
+    return entry->itsClass.conformsTo(className);
+  }
+  using Registration = tavrenix::Registration<ob::Ref<Entry>>;
   using Slot = std::variant<std::monostate, ob::Ref<Entry>, Iterator, ob::Ref<NotificationPort>,
                             std::shared_ptr<Registration>>;
 
@@ -106,7 +110,7 @@ class MemoryRegistry final : public MPIODeviceRegistry {
   Tree tree_;
   std::vector<Slot> slots_;
   std::vector<RegistryHandle> freeSlots_;
-  Registrations registrations_;
+  Registrations<ob::Ref<Entry>, conforms> registrations_;
   WriteHandler writeHandler_;
 };
 

@@ -2,19 +2,10 @@
 #include <new>
 
 #include "model/memory/registry.hpp"
-#include "model/registry_names.hpp"
 
 namespace tavrenix::memory {
 
 using Lock = std::lock_guard<std::mutex>;
-
-namespace {
-
-// The one key of a matching dictionary.
-inline constinit ob::ConstantString kClassNameStorage("Class Name");
-inline constexpr const ob::String& kClassName = kClassNameStorage.string;
-
-}  // namespace
 
 MemoryRegistry::~MemoryRegistry() {
   for (const Slot& slot : slots_) {
@@ -50,29 +41,25 @@ void MemoryRegistry::destroyNotificationPort(RegistryPort port) {
 }
 
 ob::Ref<const ob::Dictionary> MemoryRegistry::classMatching(std::string_view className) {
-  ob::DictionaryBuilder matching(1);
-  matching.add(kClassName, ob::String::make(className));
-  return matching.build();
+  return matchingOfClass(className);
 }
 
 RegistryResult<RegistryHandle> MemoryRegistry::addMatchingNotification(
     RegistryPort port, std::string_view kind, ob::Ref<const ob::Dictionary> matching,
     NotificationDelivery deliver) {
-  const auto* className = matching ? matching->valueAs<ob::String>(kClassName) : nullptr;
-  const bool ofArrivals = kind == registry::kFirstMatchNotification;
-  if (className == nullptr || !(ofArrivals || kind == registry::kTerminateNotification)) {
-    return {kNoSuchObject, 0};
-  }
+  auto request = readNotificationRequest(kind, matching.get());
+  if (!request) return {kNoSuchObject, 0};
   auto made = std::make_shared<Registration>();
-  made->ofArrivals = ofArrivals;
-  made->className = className->view();
+  made->request = std::move(*request);
   made->deliver = std::move(deliver);
   const Lock lock(mutex_);
   const auto* known = opened<ob::Ref<NotificationPort>>(port);
   if (known == nullptr) return {kNoSuchObject, 0};
   made->port = *known;
-  if (ofArrivals) {
-    for (auto& entry : tree_.ofClass(made->className)) made->waiting.push_back(std::move(entry));
+  if (made->request.ofArrivals) {
+    for (auto& entry : tree_.ofClass(made->request.className)) {
+      made->waiting.push_back(std::move(entry));
+    }
   }
   made->handle = open(made);
   try {
