@@ -23,9 +23,20 @@ RegistryHandle HandleTable::openLocked(Slot slot) {
 
 std::optional<EntryID> HandleTable::entry(RegistryHandle handle) const {
   const Lock lock(mutex_);
-  if (handle == 0 || handle > slots_.size()) return std::nullopt;
-  const auto* id = std::get_if<EntryID>(&slots_[handle - 1]);
+  const auto* id = opened<EntryID>(handle);
   return id == nullptr ? std::nullopt : std::optional(*id);
+}
+
+ob::Ref<NotificationPort> HandleTable::port(RegistryHandle handle) const {
+  const Lock lock(mutex_);
+  const auto* port = opened<ob::Ref<NotificationPort>>(handle);
+  return port == nullptr ? nullptr : *port;
+}
+
+std::shared_ptr<Registration> HandleTable::registration(RegistryHandle handle) const {
+  const Lock lock(mutex_);
+  const auto* registration = opened<std::shared_ptr<Registration>>(handle);
+  return registration == nullptr ? nullptr : *registration;
 }
 
 RegistryHandle HandleTable::next(RegistryHandle iterator) {
@@ -39,11 +50,12 @@ RegistryHandle HandleTable::next(RegistryHandle iterator) {
 
 void HandleTable::release(RegistryHandle handle) {
   if (handle == 0) return;
+  Slot released;  // destroyed after the lock
   const Lock lock(mutex_);
   if (handle > slots_.size() || std::holds_alternative<std::monostate>(slots_[handle - 1])) {
     ob::fatal("a registry handle was released twice");
   }
-  slots_[handle - 1] = Slot{};
+  released = std::exchange(slots_[handle - 1], Slot{});
   free_.push_back(handle);
 }
 

@@ -1,11 +1,14 @@
-// Handles given out and not yet released: of entries and of iterators.
+// Handles given out and not yet released: of entries, iterators, notification ports and
+// registrations.
 #pragma once
 
+#include <memory>
 #include <mutex>
 #include <variant>
 #include <vector>
 
 #include "linux/entry_id.hpp"
+#include "linux/notifications.hpp"
 
 namespace tavrenix::sys {
 
@@ -18,6 +21,14 @@ class HandleTable {
     return open(Iterator{std::move(entries)});
   }
 
+  RegistryHandle openPort(ob::Ref<NotificationPort> port) { return open(std::move(port)); }
+  RegistryHandle openRegistration(std::shared_ptr<Registration> registration) {
+    return open(std::move(registration));
+  }
+
+  // Null where the handle is none of a port, or of a registration.
+  ob::Ref<NotificationPort> port(RegistryHandle handle) const;
+  std::shared_ptr<Registration> registration(RegistryHandle handle) const;
   // Nothing where the handle is not that of an entry.
   std::optional<EntryID> entry(RegistryHandle handle) const;
   // The handle of the iterator's next entry; 0 at its end and for what is no iterator.
@@ -31,10 +42,17 @@ class HandleTable {
     std::vector<EntryID> entries;
     std::size_t next = 0;
   };
-  using Slot = std::variant<std::monostate, EntryID, Iterator>;
+  using Slot = std::variant<std::monostate, EntryID, Iterator, ob::Ref<NotificationPort>,
+                            std::shared_ptr<Registration>>;
 
   RegistryHandle open(Slot slot);
   RegistryHandle openLocked(Slot slot);
+  // Null where the handle is not that of a T. mutex_ is held.
+  template <class T>
+  const T* opened(RegistryHandle handle) const {
+    if (handle == 0 || handle > slots_.size()) return nullptr;
+    return std::get_if<T>(&slots_[handle - 1]);
+  }
 
   mutable std::mutex mutex_;
   std::vector<Slot> slots_;  // a handle is a position plus one

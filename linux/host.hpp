@@ -13,7 +13,8 @@ class LinuxHost final : public MPIOHost {
   // The ports are borrowed and outlive the host. A caller who is not the superuser gets generation
   // 0, as on a machine without the driver, and nothing of the machine is touched.
   LinuxHost(HostFiles files, DeviceMapperPort& port, PathDaemon& daemon,
-            std::uint32_t effectiveUser, Burst::Clock::duration pause = Burst::kPause);
+            std::uint32_t effectiveUser, Burst::Clock::duration pause = Burst::kPause,
+            Notifications::Opener opener = {});
 
   LinuxRegistry& registry() override { return registry_; }
   LinuxTunable& tunable() override { return tunable_; }
@@ -24,6 +25,7 @@ class LinuxHost final : public MPIOHost {
   HostFiles files_;
   std::uint32_t effectiveUser_;
   Machine machine_;
+  Notifications notifications_;
   LinuxRegistry registry_;
   LinuxTunable tunable_;
   LinuxDisks disks_;

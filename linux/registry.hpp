@@ -7,15 +7,16 @@
 
 #include "linux/handles.hpp"
 #include "linux/machine.hpp"
+#include "linux/notifications.hpp"
 #include "linux/requests.hpp"
 
 namespace tavrenix::sys {
 
 class LinuxRegistry final : public MPIODeviceRegistry {
  public:
-  // Both are borrowed and outlive the registry.
-  LinuxRegistry(Machine& machine, PathDaemon& daemon)
-      : machine_(machine), requests_(machine, daemon) {}
+  // All are borrowed and outlive the registry.
+  LinuxRegistry(Machine& machine, PathDaemon& daemon, Notifications& notifications)
+      : machine_(machine), requests_(machine, daemon), notifications_(notifications) {}
 
   RegistryHandle findServiceByEntryID(EntryID entryID) override;
   RegistryResult<RegistryHandle> findServicesByEntryID(EntryID entryID) override;
@@ -30,10 +31,10 @@ class LinuxRegistry final : public MPIODeviceRegistry {
                            const ob::Object& value) override;
   RegistryResult<RegistryHandle> createIterator(RegistryHandle entry, std::string_view plane,
                                                 std::uint32_t options) override;
-  RegistryHandle iteratorNext(RegistryHandle iterator) override { return handles_.next(iterator); }
+  RegistryHandle iteratorNext(RegistryHandle iterator) override;
   bool conformsTo(RegistryHandle entry, std::string_view className) override;
   RegistryResult<EntryID> getEntryID(RegistryHandle entry) override;
-  void release(RegistryHandle handle) override { handles_.release(handle); }
+  void release(RegistryHandle handle) override;
 
   RegistryPort createNotificationPort() override;
   void setDispatchQueue(RegistryPort port, ob::DispatchQueue& queue) override;
@@ -52,6 +53,7 @@ class LinuxRegistry final : public MPIODeviceRegistry {
   Machine& machine_;
   Requests requests_;
   HandleTable handles_;
+  Notifications& notifications_;
 };
 
 }  // namespace tavrenix::sys

@@ -140,6 +140,7 @@ Answer<Entries> entriesOfClass(Machine& machine, std::string_view className) {
     take(unit);
     for (const auto id : relativesOf(machine, unit, kIterateRecursively | kIterateParents))
       take(id);
+    if (className == registry::kPathClass) continue;  // there are none below
     for (const auto id : relativesOf(machine, unit, kIterateRecursively)) take(id);
   }
   return found;

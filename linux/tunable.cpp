@@ -40,10 +40,14 @@ int LinuxTunable::sysctlbyname(const char* name, void* oldValue, std::size_t* ol
     case kPathStatistics:
       return give(pathRecord(request.logicalUnitEntryID, request.pathEntryID), oldValue, oldLength);
     case kConfigurationGeneration:
-      return give(std::optional(permitted_ ? machine_.generation() : 0U), oldValue, oldLength);
+      return give(std::optional(generation()), oldValue, oldLength);
     default:
       return fail(EINVAL);
   }
+}
+
+std::uint32_t LinuxTunable::generation() {
+  return permitted_ ? notifications_.shown(machine_.generation()) : 0;
 }
 
 std::optional<SCSILogicalUnitStatistics> LinuxTunable::unitRecord(EntryID unit) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "linux/machine.hpp"
+#include "linux/notifications.hpp"
 #include "model/tunable.hpp"
 
 namespace tavrenix::sys {
@@ -12,15 +13,18 @@ namespace tavrenix::sys {
 class LinuxTunable final : public MPIOKernelTunable {
  public:
   // Without permission to read the driver the generation is 0, and nothing is asked of the machine.
-  LinuxTunable(Machine& machine, bool permitted) : machine_(machine), permitted_(permitted) {}
+  LinuxTunable(Machine& machine, Notifications& notifications, bool permitted)
+      : machine_(machine), notifications_(notifications), permitted_(permitted) {}
   int sysctlbyname(const char* name, void* oldValue, std::size_t* oldLength, const void* newValue,
                    std::size_t newLength) override;
 
  private:
+  std::uint32_t generation();
   std::optional<SCSILogicalUnitStatistics> unitRecord(EntryID unit);
   std::optional<SCSIPathStatistics> pathRecord(EntryID unit, EntryID path);
 
   Machine& machine_;
+  Notifications& notifications_;
   bool permitted_;
 };
 
