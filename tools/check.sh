@@ -51,16 +51,11 @@ check_headers() {
   return "$status"
 }
 
-# A build as it is shipped, without tests.
-build_product() {
-  configure_quietly product -DCMAKE_BUILD_TYPE=RelWithDebInfo
-  compile_quietly product
-}
-
 check_exports() {
   tools/check-exports --self-test
-  build_product
-  tools/check-exports build/product/linux/libtavrenix.so
+  configure_quietly test -DTAVRENIX_TESTS=ON
+  compile_quietly test
+  tools/check-exports build/test/linux/libtavrenix.so
 }
 
 manual_faults() {

@@ -14,6 +14,11 @@ make_packages() {
   rm -rf build/package
   mkdir -p "$copy"
   tracked '*' | xargs -0 cp --parents -P -t "$copy" --
+  if command -v ccache >/dev/null; then
+    # Debian's tools give the build a home of its own, so ccache is told where its own things are.
+    local -x CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_DIR
+    CCACHE_DIR=$(ccache --get-config=cache_dir)
+  fi
   (cd "$copy" && dpkg-buildpackage --build=binary --no-sign --jobs="$jobs")
 }
 
