@@ -19,14 +19,13 @@ static void printTime(void) {
 }
 
 /* Called by the library, on the thread that runs the loop. */
-static void notified(ObStringRef kind, ObTypeRef handle, void *context) {
+static void notified(ObStringRef kind, ObTypeRef handle, void* context) {
   ObDictionaryRef properties;
-  const char *identifier = NULL;
+  const char* identifier = NULL;
   (void)context;
   if (ObGetTypeID(handle) == MPIOLogicalUnitGetTypeID()) {
     properties = MPIOLogicalUnitCopyProperties((MPIOLogicalUnitRef)handle);
-    identifier =
-        ObStringGetUTF8(ObDictionaryGetValue(properties, kMPIOLogicalUnitIdentifierKey));
+    identifier = ObStringGetUTF8(ObDictionaryGetValue(properties, kMPIOLogicalUnitIdentifierKey));
   } else {
     properties = MPIOLogicalUnitPathCopyProperties((MPIOLogicalUnitPathRef)handle);
     identifier =

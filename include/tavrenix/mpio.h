@@ -155,46 +155,49 @@ OB_EXPORT MPIOLogicalUnitPathRef MPIOCopyLogicalUnitPathForService(MPIORegistryO
 /* ---- Notifications: units and paths that appear and disappear ---- */
 
 /*
- * kind is one of the constants above, to be compared by identity or as text; handle is a logical unit or
- * a path, valid during the call: retain it to keep it. What is present at the registration is told of
- * first, as appeared. What has disappeared is told of with the handle that the client knows.
- * A call may use every function of this interface, and may end its own registration.
+ * kind is one of the constants above, to be compared by identity or as text; handle is a logical
+ * unit or a path, valid during the call: retain it to keep it. What is present at the registration
+ * is told of first, as appeared. What has disappeared is told of with the handle that the client
+ * knows. A call may use every function of this interface, and may end its own registration.
  */
 
-/* A block of the client's (see ob.h): a structure of its own that begins with this one. context is NULL. */
+/* A block of the client's (see ob.h): a structure of its own that begins with this one. context is
+ * NULL. */
 typedef struct MPIONotificationBlock MPIONotificationBlock;
 struct MPIONotificationBlock {
-  void (*invoke)(MPIONotificationBlock *block, ObStringRef kind, ObTypeRef handle, void *context);
+  void (*invoke)(MPIONotificationBlock* block, ObStringRef kind, ObTypeRef handle, void* context);
 };
-typedef void (*MPIONotificationCallback)(ObStringRef kind, ObTypeRef handle, void *context);
-/* A registration on a dispatch queue. It is no object: it is given back with MPIONotificationDestroy. */
-typedef struct MPIONotification *MPIONotificationRef;
+typedef void (*MPIONotificationCallback)(ObStringRef kind, ObTypeRef handle, void* context);
+/* A registration on a dispatch queue. It is no object: it is given back with
+ * MPIONotificationDestroy. */
+typedef struct MPIONotification* MPIONotificationRef;
 
 /*
  * Has the block called on the queue. The block is neither copied nor freed: it must live until the
  * registration is destroyed and the queue drained.
  * *error is set to NULL first. Where the result is NULL it holds one of kMPIOErrorNoResources,
- * kMPIOErrorServiceNotFound and kMPIOErrorNotificationFailed; unlike every other error of this interface
- * it belongs to the caller's pool (ObPoolCreate) and is not to be released. A creation that fails undoes
- * nothing: calls that were queued by then are still made, so drain the queue before the block goes.
+ * kMPIOErrorServiceNotFound and kMPIOErrorNotificationFailed; unlike every other error of this
+ * interface it belongs to the caller's pool (ObPoolCreate) and is not to be released. A creation
+ * that fails undoes nothing: calls that were queued by then are still made, so drain the queue
+ * before the block goes.
  */
-OB_EXPORT MPIONotificationRef MPIONotificationCreateWithDispatchQueue(MPIONotificationBlock *block,
+OB_EXPORT MPIONotificationRef MPIONotificationCreateWithDispatchQueue(MPIONotificationBlock* block,
                                                                       ObDispatchQueueRef queue,
-                                                                      ObErrorRef *error);
-/* Ends the registration, on any thread, also within a call of its block. A call that is being made on the
- * queue is not waited for: once the queue has drained afterwards, the block is no longer called. Does
- * nothing for NULL and for what is no such registration. */
+                                                                      ObErrorRef* error);
+/* Ends the registration, on any thread, also within a call of its block. A call that is being made
+ * on the queue is not waited for: once the queue has drained afterwards, the block is no longer
+ * called. Does nothing for NULL and for what is no such registration. */
 OB_EXPORT void MPIONotificationDestroy(MPIONotificationRef notification);
 
 /*
- * A run-loop source, owned by the caller; NULL where memory ran out. Adding it to a run loop registers,
- * and calls the callback within the add for all that is present; later calls are made where that loop
- * runs in that mode. Adding it to a second loop or mode registers nothing more. Removing it from any of
- * them, or invalidating it, ends the registration; it may be added again after a removal. Failures to
- * register are silent. Retain and release it on any thread.
+ * A run-loop source, owned by the caller; NULL where memory ran out. Adding it to a run loop
+ * registers, and calls the callback within the add for all that is present; later calls are made
+ * where that loop runs in that mode. Adding it to a second loop or mode registers nothing more.
+ * Removing it from any of them, or invalidating it, ends the registration; it may be added again
+ * after a removal. Failures to register are silent. Retain and release it on any thread.
  */
 OB_EXPORT ObRunLoopSourceRef MPIONotificationCreateRunLoopSource(MPIONotificationCallback callback,
-                                                                 void *context);
+                                                                 void* context);
 
 #ifdef __cplusplus
 }
