@@ -19,7 +19,7 @@ namespace tavrenix::sys {
 class Burst {
  public:
   using Clock = std::chrono::steady_clock;
-  static constexpr Clock::duration kPause = std::chrono::microseconds(200);
+  static constexpr Clock::duration kPause = std::chrono::milliseconds(1);
   static constexpr Clock::duration kInterval = std::chrono::milliseconds(100);
 
   // A pause of zero keeps nothing from one question to the next.
