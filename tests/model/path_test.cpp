@@ -174,7 +174,7 @@ TEST_F(Path, WritesTheCallersRecordOnlyOnSuccess) {
   testing::internal::CaptureStderr();
   EXPECT_FALSE(path->grabPathStatsBuffer(424242, &record, nullptr));
   testing::internal::GetCapturedStderr();
-  EXPECT_EQ(record.bytesSent, 42u);
+  EXPECT_EQ(+record.bytesSent, 42u);
 }
 
 TEST_F(Path, ThatHasNeverBeenReadHasNeitherStateNorFlag) {

@@ -78,7 +78,7 @@ TEST(StatisticsRequests, ThatFailAfterWritingLeaveThatToAUnitAndNothingToAPath) 
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "sysctlbyname failed to get stats block: -7\n"
             "sysctlbyname failed to get stats block: -7\n");
-  EXPECT_EQ(record.bytesSent, 42u);
+  EXPECT_EQ(+record.bytesSent, 42u);
   EXPECT_EQ(numberUnder(error->userInfo(), keys::kMPIOErrorResultCodeKey), -7);
 }
 
