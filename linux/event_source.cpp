@@ -84,7 +84,7 @@ EventSource::Heard EventSource::wait(std::optional<std::chrono::milliseconds> pa
     const int ready = ::poll(files, 2, changed ? 0 : longest);
     if (ready < 0 && errno != EINTR) return Heard::kBroken;
     if (files[1].revents != 0) return Heard::kStop;
-    if (ready == 0) return Heard::kChange;
+    if (ready == 0) return changed ? Heard::kChange : Heard::kNothing;
     if (files[0].revents == 0) continue;
     const auto heard = receive();
     if (heard == Heard::kBroken) return Heard::kBroken;

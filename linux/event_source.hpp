@@ -37,10 +37,10 @@ class EventSource {
   EventSource(const EventSource&) = delete;
   ~EventSource();
 
-  enum class Heard { kChange, kStop, kBroken };
-  // Waits until storage may have changed, or until stop() has been called. All events that have
-  // come by then are one change; so are events that were lost because too many came, and the end
-  // of the caller's patience.
+  enum class Heard { kChange, kNothing, kStop, kBroken };
+  // Waits until storage may have changed, until stop() has been called, or, as kNothing, until
+  // nothing has come for so long. All events that have come by then are one change; so are events
+  // that were lost because too many came.
   Heard wait(std::optional<std::chrono::milliseconds> patience = std::nullopt);
   // Ends the wait under way and all later ones. Any thread.
   void stop() noexcept;

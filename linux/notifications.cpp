@@ -94,7 +94,9 @@ void Notifications::stopListening() {
 void Notifications::listen() {
   pthread_setname_np(pthread_self(), "storage-events");
   std::optional<std::chrono::milliseconds> patience;
-  while (source_->wait(patience) == EventSource::Heard::kChange) {
+  for (;;) {
+    const auto heard = source_->wait(patience);
+    if (heard == EventSource::Heard::kStop || heard == EventSource::Heard::kBroken) return;
     Lock lock(mutex_);
     bool complete = false;
     try {

@@ -73,7 +73,8 @@ class Notifications {
   bool tellDepartures(const Entries& present);
   void tellArrivals(const Entries& present);
   bool isHeld();
-  // Returns when all arrivals, or all departures, have been taken up, or nobody waits for it longer.
+  // Returns when all arrivals, or all departures, have been taken up, or nobody waits for it
+  // longer.
   void waitUntilTakenUp(Lock& lock, bool arrivals);
 
   const Lister lister_;
