@@ -14,8 +14,8 @@
 
 namespace tavrenix::sys {
 
-// Whether the sender of a message is one to be believed: the user, and in the kernel's group the
-// kernel itself. from: of the message, of any address family.
+// Whether a message, received with its sender's address and credentials, comes from that user; in
+// the kernel's group, from the kernel itself; and was sent to a group.
 bool isBelieved(const msghdr& message, uid_t user);
 
 class EventSource {
