@@ -9,6 +9,7 @@
 
 #include "bench/goals.hpp"
 #include "bench/library_bench.hpp"
+#include "bench/notifications.hpp"
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
@@ -18,6 +19,7 @@ int main(int argc, char** argv) {
   std::ofstream figures("/dev/fd/" + std::to_string(fileno(out)));
 
   tavrenix::bench::registerLibraryBenchmarks();
+  tavrenix::bench::registerNotificationBenchmarks();
   tavrenix::bench::Recorder recorder;
   recorder.SetOutputStream(&figures);
   recorder.SetErrorStream(&std::cerr);

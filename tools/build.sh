@@ -23,7 +23,7 @@ configure() {
 
 compile() {
   step "building build/$1 with $jobs jobs (output in $logs/$1-build.log)"
-  compile_quietly "$1"
+  progress=build_progress compile_quietly "$1"
 }
 
 # tracked PATTERN...: the files of the tree that match, each ended by a NUL. A tree of another owner is read as well.

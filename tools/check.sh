@@ -7,10 +7,12 @@ checks=(
   "format    every source is in the project's format"
   "walls     no folder includes what it may not use"
   "headers   each public header compiles alone as C11 and as C++20, with both compilers"
+  "exports   the shared library shows the names of the public headers and no other"
+  "manuals   the manual pages render without warnings and name all that the headers declare"
+  "package   the Debian packages please lintian, install, run and leave nothing behind on a bare Debian"
   "shell     shellcheck finds nothing in the shell scripts"
   "scripts   the tests of the scripts themselves"
-  "clang     everything builds with clang, and all tests pass"
-  "address   all tests pass under the address, leak and undefined-behaviour sanitizers"
+  "address   everything builds with clang, and all tests pass under the address, leak and undefined-behaviour sanitizers"
   "thread    all tests pass under the thread sanitizer"
   "tidy      clang-tidy finds nothing"
   "valgrind  memcheck finds nothing in the commands of the demo"
@@ -49,6 +51,43 @@ check_headers() {
   return "$status"
 }
 
+check_exports() {
+  tools/check-exports --self-test
+  configure_quietly test -DTAVRENIX_TESTS=ON
+  compile_quietly test
+  tools/check-exports build/test/linux/libtavrenix.so
+}
+
+manual_faults() {
+  local page name
+  local -a pages
+  mapfile -d '' -t pages < <(tracked 'docs/man/*.[1-9]')
+  ((${#pages[@]})) || echo "no manual page found"
+  # Pages that others install are not asked for.
+  mandoc -T lint -W style "${pages[@]}" | grep -v 'referenced manual not found' || true
+  for page in "${pages[@]}"; do
+    LC_ALL=C.UTF-8 MANROFFSEQ='' MANWIDTH=80 man --warnings -E UTF-8 -l -Tutf8 -Z "$page" 2>&1 >/dev/null |
+      sed "s|^|$page: |"
+  done
+  while IFS= read -r name; do
+    grep -qw -e "$name" docs/man/libtavrenix.3 || echo "docs/man/libtavrenix.3: no word of $name"
+  done < <(tools/check-exports --names)
+}
+
+check_manuals() {
+  local faults
+  faults=$(manual_faults)
+  [[ -z $faults ]] || { echo "$faults"; return 1; }
+}
+
+check_package() {
+  ((EUID == 0)) || { echo "a bare Debian is made by the superuser alone"; return "$skipped"; }
+  same_version_everywhere
+  logged package make_packages
+  lint_packages
+  logged bare in_bare_folder try_packages
+}
+
 # The sourced files are judged along with the scripts that source them.
 check_shell() {
   command -v shellcheck >/dev/null || { echo "shellcheck is not installed"; return "$skipped"; }
@@ -79,22 +118,25 @@ test_prefix=()
 
 clang=(-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++)
 
-check_clang() {
-  build_and_test clang "${clang[@]}"
+# sanitized FLAGS SANITIZERS: the options of a build that is quick to make and still quick to run.
+sanitized() {
+  local flags="-O1 -g1 $1"
+  options=(-DCMAKE_BUILD_TYPE=Debug "-DCMAKE_C_FLAGS_DEBUG=$flags" "-DCMAKE_CXX_FLAGS_DEBUG=$flags"
+    "-DTAVRENIX_SANITIZE=$2")
 }
 
-# Quick to build and still quick to run. Instrumentation leads the compiler's flow warnings to wrong guesses, so the
-# ordinary builds alone judge the warnings (-w).
-sanitized_build_and_test() {
-  local flags="-O1 -g1 -w"
-  build_and_test "$1" -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_FLAGS_DEBUG="$flags" -DCMAKE_CXX_FLAGS_DEBUG="$flags" \
-    -DTAVRENIX_SANITIZE="$2"
+# One build for two questions, since a build takes minutes.
+clang_and_address() {
+  sanitized "" address,undefined
+  options+=("${clang[@]}")
 }
 
 check_address() {
+  local -a options
+  clang_and_address
   export ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1:strict_string_checks=1:check_initialization_order=1
   export UBSAN_OPTIONS=print_stacktrace=1
-  sanitized_build_and_test address address,undefined
+  build_and_test address "${options[@]}"
 }
 
 check_thread() {
@@ -103,16 +145,21 @@ check_thread() {
   if setarch -R true 2>/dev/null; then
     test_prefix=(setarch -R)
   fi
-  sanitized_build_and_test thread thread
+  # Instrumentation leads g++'s flow warnings to wrong guesses; the other builds judge the warnings (-w).
+  local -a options
+  sanitized -w thread
+  build_and_test thread "${options[@]}"
 }
 
 tidy_all() {
   tracked {runtime,model,library,cli,lab,linux}/'*.cpp' |
-    xargs -0 -n 1 -P "$jobs" clang-tidy -p build/clang --quiet 2>&1 | sed '/ generated\.$/d'
+    xargs -0 -n 1 -P "$jobs" clang-tidy -p build/address --quiet 2>&1 | sed '/ generated\.$/d'
 }
 
 check_tidy() {
-  configure_quietly clang "${clang[@]}" -DTAVRENIX_TESTS=ON
+  local -a options
+  clang_and_address
+  configure_quietly address -DTAVRENIX_TESTS=ON "${options[@]}"
   logged tidy tidy_all
 }
 

@@ -30,8 +30,9 @@ demo_show() {
     build/demo/lab/tavrenix-lab "$folder/image.json" "${words[@]}" | tee "$folder/$i.out"
     i=$((i + 1))
   done
-  # The tool ends with status 0 even where it refuses, so that the reports are what shows success.
-  cmp -s "$folder/1.out" "$folder/4.out" && fail "the reports before and after the changes are the same"
+  # The tool ends with status 0 even where it refuses, so that the last report is what shows success.
+  grep -q 'Least Queue Depth' "$folder/4.out" || fail "the change of the algorithm does not show in the last report"
+  grep -q "Disabled  *$demo_path" "$folder/4.out" || fail "the change of the path does not show in the last report"
   printf '\nWhat the two changes did to the report:\n'
   diff --unified=0 "$folder/1.out" "$folder/4.out" | sed 1,3d || true
 }
