@@ -20,6 +20,8 @@ namespace {
 constexpr int kRoom = 4 << 20;
 // No event is longer: the kernel's are bounded at 2 kB and udev's properties at 16 kB.
 constexpr std::size_t kLongestEvent = 32768;
+// Who listens is not kept waiting by events that never stop.
+constexpr int kMostAtOnce = 1000;
 
 }  // namespace
 
@@ -78,18 +80,20 @@ void EventSource::stop() noexcept {
 EventSource::Heard EventSource::wait(std::optional<std::chrono::milliseconds> patience) {
   bool changed = false;
   const int longest = patience ? static_cast<int>(patience->count()) : -1;
-  for (;;) {
+  for (int received = 0; received < kMostAtOnce;) {
     // Once there is a change, only what has come already is still taken along.
     pollfd files[] = {{socket_, POLLIN, 0}, {stop_, POLLIN, 0}};
     const int ready = ::poll(files, 2, changed ? 0 : longest);
     if (ready < 0 && errno != EINTR) return Heard::kBroken;
     if (files[1].revents != 0) return Heard::kStop;
-    if (ready == 0) return Heard::kChange;
+    if (ready == 0) return changed ? Heard::kChange : Heard::kNothing;
     if (files[0].revents == 0) continue;
     const auto heard = receive();
     if (heard == Heard::kBroken) return Heard::kBroken;
     changed = changed || heard == Heard::kChange;
+    if (changed) ++received;
   }
+  return Heard::kChange;
 }
 
 std::optional<EventSource::Heard> EventSource::receive() {

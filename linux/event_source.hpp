@@ -14,8 +14,8 @@
 
 namespace tavrenix::sys {
 
-// Whether the sender of a message is one to be believed: the user, and in the kernel's group the
-// kernel itself. from: of the message, of any address family.
+// Whether a message, received with its sender's address and credentials, comes from that user; in
+// the kernel's group, from the kernel itself; and was sent to a group.
 bool isBelieved(const msghdr& message, uid_t user);
 
 class EventSource {
@@ -37,10 +37,10 @@ class EventSource {
   EventSource(const EventSource&) = delete;
   ~EventSource();
 
-  enum class Heard { kChange, kStop, kBroken };
-  // Waits until storage may have changed, or until stop() has been called. All events that have
-  // come by then are one change; so are events that were lost because too many came, and the end
-  // of the caller's patience.
+  enum class Heard { kChange, kNothing, kStop, kBroken };
+  // Waits until storage may have changed, until stop() has been called, or, as kNothing, until
+  // nothing has come for so long. All events that have come by then are one change; so are events
+  // that were lost because too many came.
   Heard wait(std::optional<std::chrono::milliseconds> patience = std::nullopt);
   // Ends the wait under way and all later ones. Any thread.
   void stop() noexcept;

@@ -1,7 +1,6 @@
 #include "linux/notifications.hpp"
 
 #include <pthread.h>
-#include <signal.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -10,12 +9,19 @@
 #include <system_error>
 #include <utility>
 
+#include "runtime/signals.hpp"
+
 namespace tavrenix::sys {
 
 namespace {
 
 // How soon to look again where the machine could not be read, a map on its way out for instance.
 constexpr std::chrono::milliseconds kRetry(100);
+
+// A change comes with many events. The machine is looked at when they have stopped coming, or go on
+// for long.
+constexpr std::chrono::milliseconds kQuiet(5);
+constexpr int kMostQuiets = 40;
 
 Entries sorted(Entries entries) {
   std::sort(entries.begin(), entries.end());
@@ -62,16 +68,12 @@ bool Notifications::startListening() {
   if (!source) return false;
   source_.emplace(std::move(*source));
   stopping_ = false;  // there is no other thread yet
-  sigset_t all;
-  sigset_t before;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &before);  // signals are for the client's own threads
+  const ob::AllSignalsBlocked blocked;
   try {
     listener_ = std::thread([this] { listen(); });
   } catch (const std::system_error&) {
     source_.reset();
   }
-  pthread_sigmask(SIG_SETMASK, &before, nullptr);
   return listener_.joinable();
 }
 
@@ -91,10 +93,20 @@ void Notifications::stopListening() {
   held_ = false;
 }
 
+EventSource::Heard Notifications::hear(std::optional<std::chrono::milliseconds> patience) {
+  auto heard = source_->wait(patience);
+  for (int i = 0; i < kMostQuiets && heard == EventSource::Heard::kChange; ++i) {
+    heard = source_->wait(kQuiet);
+  }
+  return heard;
+}
+
 void Notifications::listen() {
   pthread_setname_np(pthread_self(), "storage-events");
   std::optional<std::chrono::milliseconds> patience;
-  while (source_->wait(patience) == EventSource::Heard::kChange) {
+  for (;;) {
+    const auto heard = hear(patience);
+    if (heard == EventSource::Heard::kStop || heard == EventSource::Heard::kBroken) return;
     Lock lock(mutex_);
     bool complete = false;
     try {

@@ -64,6 +64,8 @@ class Notifications {
   bool startListening();
   void stopListening();
   void listen();
+  // As EventSource::wait, once no more events follow. kNothing counts as a change.
+  EventSource::Heard hear(std::optional<std::chrono::milliseconds> patience);
   // False where it cannot be known whether all has been told.
   bool tellChanges(Lock& lock);
 

@@ -18,8 +18,10 @@ void LinuxRegistry::release(RegistryHandle handle) {
 }
 
 RegistryPort LinuxRegistry::createNotificationPort() {
-  auto port = ob::make<NotificationPort>();
-  return notifications_.portMade() ? handles_.openPort(std::move(port)) : 0;
+  const RegistryPort port = handles_.openPort(ob::make<NotificationPort>());
+  if (notifications_.portMade()) return port;
+  handles_.release(port);
+  return 0;
 }
 
 void LinuxRegistry::setDispatchQueue(RegistryPort port, ob::DispatchQueue& queue) {

@@ -1,7 +1,6 @@
 #include "runtime/dispatch_queue.hpp"
 
 #include <pthread.h>
-#include <signal.h>
 
 #include <condition_variable>
 #include <deque>
@@ -10,6 +9,7 @@
 #include <thread>
 
 #include "runtime/pool.hpp"
+#include "runtime/signals.hpp"
 
 namespace ob {
 
@@ -29,22 +29,6 @@ namespace {
 
 // The state of the queue whose thread this is; null on every other thread.
 thread_local const void* currentQueue = nullptr;
-
-// Signals are for the client's own threads: those started here take none.
-class AllSignalsBlocked {
- public:
-  AllSignalsBlocked() noexcept {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before_);
-  }
-  ~AllSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  AllSignalsBlocked(const AllSignalsBlocked&) = delete;
-  AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
-
- private:
-  sigset_t before_{};
-};
 
 }  // namespace
 
