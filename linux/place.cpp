@@ -68,7 +68,7 @@ std::vector<std::uint8_t> pathIdentifier(const std::optional<ScsiAddress>& addre
   if (digits.empty() || digits.size() > kMostDigits) {
     digits = 'E' + padded(major, 4) + 'F' + padded(minor, 4);
   }
-  if (digits.size() % 2 != 0) digits.insert(0, "0");
+  if (digits.size() % 2 != 0) digits.insert(digits.begin(), '0');
   std::vector<std::uint8_t> bytes;
   for (std::size_t i = 0; i < digits.size(); i += 2) {
     bytes.push_back(
