@@ -27,7 +27,7 @@ Outcome run(const std::string& command) {
 }
 
 Outcome generate(const std::string& arguments) {
-  return run(TAVRENIX_LAB_GENERATE " " + arguments);
+  return run("'" TAVRENIX_LAB_GENERATE "' " + arguments);
 }
 
 TEST(Generate, PrintsTheSameImageEveryTime) {
@@ -81,7 +81,7 @@ TEST(Generate, TellsThatItsOutputDidNotArrive) {
 class LabTest : public testing::Test {
  protected:
   Outcome lab(const std::string& arguments) {
-    return run("cd " + scratch_.path("") + " && " TAVRENIX_LAB " " + arguments);
+    return run("cd '" + scratch_.path("") + "' && '" TAVRENIX_LAB "' " + arguments);
   }
   void useSample(const std::string& name) {
     scratch_.write(name, contentsOf(TAVRENIX_SAMPLES + name));

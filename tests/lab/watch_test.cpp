@@ -137,7 +137,7 @@ TEST_F(Watch, FollowsAfterAModifyByAnotherProcess) {
   start();
   EXPECT_EQ(lines(4).size(), 4U);
   const std::string modify =
-      TAVRENIX_LAB " " + image_ + " modify lun --id AA --algorithm LeastIO > /dev/null";
+      "'" TAVRENIX_LAB "' '" + image_ + "' modify lun --id AA --algorithm LeastIO > /dev/null";
   ASSERT_EQ(std::system(modify.c_str()), 0);
   const Image modified = Image::parse(contentsOf(image_));
   EXPECT_EQ(modified.generation(), 2U);
