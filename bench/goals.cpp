@@ -5,10 +5,20 @@
 
 namespace tavrenix::bench {
 
+namespace {
+
+// The end of the names of those whose work is that of several threads.
+constexpr char kElapsed[] = "/real_time";
+
+}  // namespace
+
 void Recorder::ReportRuns(const std::vector<Run>& runs) {
   ConsoleReporter::ReportRuns(runs);
   for (const Run& run : runs) {
-    if (!run.error_occurred) times_[run.benchmark_name()] = run.GetAdjustedCPUTime();
+    if (run.error_occurred) continue;
+    const std::string name = run.benchmark_name();
+    const bool isElapsed = name.ends_with(kElapsed);
+    times_[name] = isElapsed ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime();
   }
 }
 
@@ -31,10 +41,14 @@ double ratio(const Recorder& recorder, const std::string& measured, const std::s
   return below <= 0 ? 0 : recorder.time(measured + "/" + size) / below;
 }
 
-// Cost of a unit at 100,000 units to that at 1,000.
-double growth(const Recorder& recorder, const std::string& name) {
-  const double small = recorder.time(name + "/1000") / 1'000;
-  return small <= 0 ? 0 : recorder.time(name + "/100000") / 100'000 / small;
+// Cost of one among many to that of one among few.
+double growth(const Recorder& recorder, const std::string& name, int few, int many,
+              const std::string& nameEnd = "") {
+  const auto costOfOne = [&](int number) {
+    return recorder.time(name + "/" + std::to_string(number) + nameEnd) / number;
+  };
+  const double amongFew = costOfOne(few);
+  return amongFew <= 0 ? 0 : costOfOne(many) / amongFew;
 }
 
 }  // namespace
@@ -43,7 +57,13 @@ void printGoals(std::FILE* out, const Recorder& recorder) {
   std::fprintf(out, "\n%-62s %10s %10s %8s\n", "figure", "value", "goal", "of goal");
   for (const char* name : {"first_scan", "first_scan_and_list", "list_again"}) {
     printGoal(out, std::string(name) + ": cost of a unit at 100,000 to that at 1,000",
-              growth(recorder, name), 1.5);
+              growth(recorder, name, 1'000, 100'000), 1.5);
+  }
+  for (const char* name :
+       {"queue/one_path", "queue/all_paths", "run_loop/one_path", "run_loop/all_paths"}) {
+    const std::string figure = std::string("notify/") + name;
+    printGoal(out, figure + ": a registration of 100 to one alone",
+              growth(recorder, figure, 1, 100, kElapsed), 1);
   }
   for (const char* size : {"100", "1000", "10000", "100000"}) {
     const std::string units = std::string(size) + " units";

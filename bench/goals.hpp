@@ -10,7 +10,7 @@
 namespace tavrenix::bench {
 
 // Prints benchmarks as they come and remembers the processor time of each iteration, which other
-// work on the machine disturbs least.
+// work on the machine disturbs least; the elapsed time of those that are measured by it.
 class Recorder : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override;

@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "lab/fault.hpp"
+#include "runtime/signals.hpp"
 
 namespace tavrenix::lab {
 
@@ -23,6 +24,7 @@ FileWatch watchOn(const std::string& path) {
 Follower::Follower(SimulatedHost& host, const std::string& path, SimulatedHost::Report report)
     : host_(host), report_(std::move(report)), watch_(watchOn(path)) {
   host_.load(path);
+  const ob::AllSignalsBlocked blocked;
   thread_ = std::thread([this] { follow(); });
 }
 

@@ -76,6 +76,7 @@ void RunLoop::stop() noexcept {
 
 RunLoop::Result RunLoop::run(const String& mode, double seconds) {
   const auto deadline = deadlineIn(seconds);
+  const Pass pass(*this);
   for (;;) {
     if (stopped_.exchange(false)) return Result::kStopped;
     // Before the sources are looked at, so that a signal that comes later is not forgotten.
@@ -91,6 +92,7 @@ RunLoop::Result RunLoop::run(const String& mode, double seconds) {
 }
 
 bool RunLoop::performDue(const String& mode) {
+  const Pass pass(*this);
   eventfd_t wakes;
   eventfd_read(descriptor_, &wakes);
   return performEach(members(mode), mode);
@@ -105,6 +107,16 @@ bool RunLoop::performEach(const std::vector<Ref<RunLoopSource>>& sources, const 
     any = true;
   }
   return any;
+}
+
+RunLoop::Pass::~Pass() {
+  if (--loop.depth_ != 0 || loop.isAnythingDue()) loop.wakeUp();
+}
+
+bool RunLoop::isAnythingDue() const noexcept {
+  const std::lock_guard lock(mutex_);
+  return std::any_of(members_.begin(), members_.end(),
+                     [](const Member& member) { return member.second->signalled_.load(); });
 }
 
 bool RunLoop::contains(const RunLoopSource& source, const String& mode) const {

@@ -108,9 +108,21 @@ class RunLoop final : public Object {
   Ref<RunLoopSource> withdraw(const RunLoopSource& source, const String& mode) noexcept;
   std::vector<Ref<RunLoopSource>> members(const String& mode) const;
   bool performEach(const std::vector<Ref<RunLoopSource>>& sources, const String& mode);
+  bool isAnythingDue() const noexcept;
   void end();
 
+  // A run or performDue that is on. The wake that it takes may have been for another mode, or for
+  // a run around it that is to end: it is passed on afterwards.
+  struct Pass {
+    explicit Pass(RunLoop& itsLoop) noexcept : loop(itsLoop) { ++loop.depth_; }
+    ~Pass();
+    Pass(const Pass&) = delete;
+    Pass& operator=(const Pass&) = delete;
+    RunLoop& loop;
+  };
+
   const int descriptor_;
+  std::size_t depth_ = 0;  // of passes; the own thread's alone
   std::atomic<bool> stopped_{false};
   mutable std::mutex mutex_;
   bool ended_ = false;
