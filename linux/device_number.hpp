@@ -14,6 +14,7 @@ struct DeviceNumber {
   std::uint32_t major = 0;  // 12 bits
   std::uint32_t minor = 0;  // 20 bits
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the operator's own 0 for a pointer
   auto operator<=>(const DeviceNumber&) const = default;
   std::string text() const { return std::to_string(major) + ':' + std::to_string(minor); }
 };

@@ -165,7 +165,7 @@ std::optional<Place> Machine::place(EntryID path) {
   if (nameOf(path).kind != Kind::kPath || !verify(path)) return std::nullopt;
   if (const Place* known = places_.find(path)) return *known;
   const auto link = files_.link(folderOf(nameOf(path).device()));
-  const auto place = link ? parsePlace(*link) : std::nullopt;
+  auto place = link ? parsePlace(*link) : std::nullopt;
   if (place) places_.set(path, *place);
   return place;
 }

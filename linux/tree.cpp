@@ -149,7 +149,7 @@ Answer<Entries> entriesOfClass(Machine& machine, std::string_view className) {
 }
 
 Answer<Entries> entriesToTellOf(Machine& machine, const std::vector<std::string>& classes) {
-  const auto units = machine.units();
+  auto units = machine.units();
   if (units.status != 0) return units;
   Entries bare;
   for (const EntryID id : units.value) {
@@ -159,7 +159,7 @@ Answer<Entries> entriesToTellOf(Machine& machine, const std::vector<std::string>
   }
   Answer<Entries> found;
   for (const auto& className : classes) {
-    const auto listed = entriesOfClass(machine, className);
+    auto listed = entriesOfClass(machine, className);
     if (listed.status != 0) return listed;
     std::copy_if(listed.value.begin(), listed.value.end(), std::back_inserter(found.value),
                  [&](EntryID id) { return std::find(bare.begin(), bare.end(), id) == bare.end(); });
