@@ -11,17 +11,17 @@ namespace {
 
 class Probe final : public ob::Object {
  public:
-  explicit Probe(int& alive) : alive_(alive) { ++alive_; }
+  explicit Probe(std::atomic<int>& alive) : alive_(alive) { ++alive_; }
   ~Probe() override { --alive_; }
   ob::TypeID typeID() const noexcept override { return ob::kNoType; }
   ob::WeakAnchor<Probe> anchor{this};
 
  private:
-  int& alive_;
+  std::atomic<int>& alive_;  // probes may end on another thread than they began
 };
 
 TEST(Objects, EndWithTheirLastReference) {
-  int alive = 0;
+  std::atomic<int> alive{0};
   auto first = ob::make<Probe>(alive);
   {
     const auto second = first;
@@ -37,7 +37,7 @@ TEST(Objects, EndWithTheirLastReference) {
 }
 
 TEST(Objects, WeakReferencesReadAsNoneOnceTheTargetIsGone) {
-  int alive = 0;
+  std::atomic<int> alive{0};
   auto target = ob::make<Probe>(alive);
   const auto cell = target->anchor.cell();
   EXPECT_EQ(cell->load(), target);
@@ -47,7 +47,7 @@ TEST(Objects, WeakReferencesReadAsNoneOnceTheTargetIsGone) {
 }
 
 TEST(Objects, WeakReferencesRaceWithTheEndOfTheTarget) {
-  int alive = 0;
+  std::atomic<int> alive{0};
   for (int round = 0; round < 200; ++round) {
     auto target = ob::make<Probe>(alive);
     const auto cell = target->anchor.cell();
@@ -61,7 +61,7 @@ TEST(Objects, WeakReferencesRaceWithTheEndOfTheTarget) {
 }
 
 TEST(Objects, AtomicReferencesHandOutWholeObjects) {
-  int alive = 0;
+  std::atomic<int> alive{0};
   ob::AtomicRef<Probe> field;
   std::thread writer([&] {
     for (int round = 0; round < 2000; ++round) field.store(ob::make<Probe>(alive));
@@ -77,7 +77,7 @@ TEST(Objects, AtomicReferencesHandOutWholeObjects) {
 }
 
 TEST(Pools, KeepUntilDrained) {
-  int alive = 0;
+  std::atomic<int> alive{0};
   {
     const ob::Pool outer;
     const Probe* early = ob::Pool::keep(ob::make<Probe>(alive));
@@ -93,7 +93,7 @@ TEST(Pools, KeepUntilDrained) {
 }
 
 TEST(Pools, MayEndOutOfOrder) {
-  int alive = 0;
+  std::atomic<int> alive{0};
   auto outer = std::make_unique<ob::Pool>();
   auto inner = std::make_unique<ob::Pool>();
   outer.reset();
@@ -104,7 +104,7 @@ TEST(Pools, MayEndOutOfOrder) {
 }
 
 TEST(Pools, AThreadWithoutOneKeepsUntilItEnds) {
-  int alive = 0;
+  std::atomic<int> alive{0};
   int atEnd = -1;
   std::thread([&] {
     ob::Pool::keep(ob::make<Probe>(alive));
@@ -115,7 +115,7 @@ TEST(Pools, AThreadWithoutOneKeepsUntilItEnds) {
 }
 
 TEST(Pools, AThreadAtItsEndStillLendsWhatItKeeps) {
-  int alive = 0;
+  std::atomic<int> alive{0};
   const Probe* borrowed = nullptr;
   struct AtEnd {
     ~AtEnd() { borrowed = ob::Pool::keep(ob::make<Probe>(alive)); }
