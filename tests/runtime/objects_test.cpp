@@ -119,7 +119,7 @@ TEST(Pools, AThreadAtItsEndStillLendsWhatItKeeps) {
   const Probe* borrowed = nullptr;
   struct AtEnd {
     ~AtEnd() { borrowed = ob::Pool::keep(ob::make<Probe>(alive)); }
-    int& alive;
+    std::atomic<int>& alive;
     const Probe*& borrowed;
   };
   std::thread([&] {
