@@ -1,0 +1,30 @@
+# shellcheck shell=bash
+# ./run coverage: what the tests reach, as clang counts it in the sources themselves.
+
+coverage_flags="-O1 -g1 -fprofile-instr-generate -fcoverage-mapping"
+coverage_options=(-DTAVRENIX_TESTS=ON -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
+  "-DCMAKE_C_FLAGS_DEBUG=$coverage_flags" "-DCMAKE_CXX_FLAGS_DEBUG=$coverage_flags")
+
+# The programs that the tests start count too: all processes of a program share a few files.
+coverage_tests() {
+  rm -rf build/coverage/profiles
+  LLVM_PROFILE_FILE=$root/build/coverage/profiles/%4m.profraw logged coverage-test \
+    ctest --test-dir build/coverage --output-on-failure --no-tests=error -j "$jobs"
+}
+
+coverage_report() {
+  local folder=build/coverage program
+  local -a objects=()
+  llvm-profdata merge -sparse "$folder"/profiles/*.profraw -o "$folder/all.profdata"
+  while IFS= read -r -d '' program; do
+    objects+=(-object "$program")
+  done < <(find "$folder" -type f -executable ! -name '*.bin' ! -path '*/CMakeFiles/*' -print0)
+  objects=("${objects[@]:1}")
+  local -a given=("${objects[@]}" "-instr-profile=$folder/all.profdata"
+    '-ignore-filename-regex=/(tests|build)/|^/usr/')
+  llvm-cov export -summary-only "${given[@]}" >"$folder/summary.json"
+  llvm-cov show -format=html -show-branches=count -show-instantiations=false -project-title=tavrenix \
+    "-output-dir=$folder/html" "${given[@]}"
+  tools/coverage-table "$folder/summary.json"
+  echo "Line by line: $folder/html/index.html"
+}

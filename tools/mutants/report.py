@@ -1,0 +1,70 @@
+"""What became of the changes, and the list of those that no test notices with the reason for each."""
+
+import textwrap
+from collections import Counter
+
+
+def read_reasons(path):
+    """Key of a change -> reason. A reason stands at the margin, what it is given for below it, indented."""
+    reasons, reason, open_reason = {}, "", False
+    for line in path.read_text(encoding="utf-8").splitlines() if path.exists() else []:
+        if not line.strip() or line.startswith("#"):
+            open_reason = False
+        elif line[0] == " ":
+            reasons[line.strip()] = reason
+            open_reason = False
+        else:
+            reason = f"{reason} {line.strip()}" if open_reason else line.strip()
+            open_reason = True
+    return reasons
+
+
+def folder_of(one):
+    return one.file.rpartition("/")[0]
+
+
+def table(mutants, survivors):
+    total = Counter(folder_of(one) for one in mutants)
+    alive = Counter(folder_of(one) for one in survivors)
+    lines = [f"{'folder':<16}{'changes':>8}{'killed':>8}{'of 100':>8}"]
+    rows = [(name, total[name], alive[name]) for name in sorted(total)]
+    for name, count, left in rows + [("together", sum(total.values()), sum(alive.values()))]:
+        lines.append(f"{name:<16}{count:>8}{count - left:>8}{100 * (count - left) / count:>8.1f}")
+    return "\n".join(lines)
+
+
+def show(title, mutants, unreached):
+    if not mutants:
+        return
+    print(f"\n{title}:")
+    for one in mutants:
+        nobody = " (no test gets there)" if one.number in unreached else ""
+        print(f"  {one.file}:{one.line}: {one.function}{nobody}\n      was {one.was}\n      now {one.now}")
+
+
+def report(mutants, survivors, unreached, reasons, share, whole):
+    """Prints everything. Returns the exit status: 1 where fewer than share of 100 are killed."""
+    print("\n" + table(mutants, survivors))
+    by_reason = {}
+    for one in survivors:
+        by_reason.setdefault(reasons.get(one.key), []).append(one)
+    for reason, ones in by_reason.items():
+        if reason is not None:
+            show(textwrap.fill(f"Survive, and why: {reason}", 110), ones, unreached)
+    new = by_reason.get(None, [])
+    show("Survive without a reason in tools/mutants/survivors.txt", new, unreached)
+    keys = {one.key for one in survivors}
+    mine = {one.key for one in mutants}
+    killed = [key for key in reasons if key in mine and key not in keys]
+    gone = [key for key in reasons if key not in mine] if whole else []
+    for title, listed in (("Listed there, but killed now", killed), ("Listed there, but no such change now", gone)):
+        if listed:
+            print(f"\n{title}:")
+            print("\n".join(f"  {key}" for key in listed))
+    if new:
+        print("\nTheir lines for that list:")
+        print("\n".join(f"  {one.key}" for one in new))
+    count = len(mutants)
+    enough = 100 * (count - len(survivors)) >= share * count
+    print(f"\n{count - len(survivors)} of {count} changes were noticed by the tests, {len(new)} survivors have no reason")
+    return 0 if enough else 1
