@@ -3,7 +3,13 @@
 
 coverage_flags="-O1 -g1 -fprofile-instr-generate -fcoverage-mapping"
 coverage_options=(-DTAVRENIX_TESTS=ON -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
-  "-DCMAKE_C_FLAGS_DEBUG=$coverage_flags" "-DCMAKE_CXX_FLAGS_DEBUG=$coverage_flags")
+  "-DCMAKE_C_FLAGS_DEBUG=$coverage_flags" "-DCMAKE_CXX_FLAGS_DEBUG=$coverage_flags"
+  "-DCMAKE_EXE_LINKER_FLAGS_DEBUG=$root/build/coverage/at_signal.o")
+
+coverage_at_signal() {
+  mkdir -p build/coverage
+  clang -c -std=gnu11 -Wall -Wextra -Werror tools/coverage/at_signal.c -o build/coverage/at_signal.o
+}
 
 # The programs that the tests start count too: all processes of a program share a few files.
 coverage_tests() {
@@ -25,6 +31,6 @@ coverage_report() {
   llvm-cov export -summary-only "${given[@]}" >"$folder/summary.json"
   llvm-cov show -format=html -show-branches=count -show-instantiations=false -project-title=tavrenix \
     "-output-dir=$folder/html" "${given[@]}"
-  tools/coverage-table "$folder/summary.json"
+  tools/coverage/table "$folder/summary.json"
   echo "Line by line: $folder/html/index.html"
 }

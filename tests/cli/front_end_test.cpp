@@ -15,8 +15,10 @@
 
 namespace {
 
+using testing::Each;
 using testing::ElementsAre;
 using testing::EndsWith;
+using testing::Eq;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -145,6 +147,20 @@ TEST_F(FrontEnd, ShowsTheLaterOfTwoPathsAndUnits) {
                                       "SetBatchCount later unit 4294967295"));
 }
 
+TEST_F(FrontEnd, FindsNothingUnderAnIdentifierThatIsAbsent) {
+  fake.units = array({dictionary({{"name", text("nameless")}, {"properties", dictionary({})}})});
+  EXPECT_EQ(run({"tavrenix", "modify", "lun", "-i", "", "-b", "1"}), "Unable to find lun \n");
+  EXPECT_EQ(run({"tavrenix", "info", "-i", "A"}), "Cannot locate lun with id A\n");
+  EXPECT_THAT(fake.calls, Each(Eq("CopyLogicalUnits")));
+}
+
+TEST_F(FrontEnd, CutsIdentifiersAt255Characters) {
+  fake.units = array({});
+  const std::string shown(255, 'A');
+  EXPECT_EQ(run({"tavrenix", "modify", "lun", "-b", "1", "-i", shown + std::string(300, 'B')}),
+            "Unable to find lun " + shown + "\n");
+}
+
 TEST_F(FrontEnd, TellsPathRefusalsInThreeForms) {
   fake.units = array({unit("unit", "A", {path("path", "P")})});
   // Something that is no error has no description.
@@ -231,6 +247,9 @@ TEST_F(FrontEnd, SizesThatAreNoWholeNumbersAreBlank) {
   };
   const std::string head = std::string(20, ' ') + "V" + std::string(39, ' ');
   EXPECT_EQ(shown(ob::Number::make(1.5e9)), head + "   1.5 GB (1500000000 Bytes)    \n");
+  // Rounded up, although only just.
+  EXPECT_EQ(shown(ob::Number::make(1.05e9)), head + "   1.1 GB (1050000000 Bytes)    \n");
+  EXPECT_EQ(shown(ob::Number::make(1.05e12)), head + "   1.1 TB (1050000000000 Bytes) \n");
   for (const Value& none :
        {Value(), text("1500000000"), Value(ob::Number::make(0.5)), Value(ob::Number::make(1e19)),
         Value(ob::Number::make(~std::uint64_t{0}))}) {

@@ -96,6 +96,24 @@ TEST_F(Allocation, InTheHostStaysInsideTheCall) {
   EXPECT_EQ(MPIOLogicalUnitCopyStatistics(handles.unit()), nullptr);
 }
 
+TEST_F(Allocation, WhileTheManagerIsMadeLeavesItToTheNextTime) {
+  MPIOManagerTeardown();
+  std::size_t site = 0;
+  for (bool failed = true; failed; ++site) {
+    SCOPED_TRACE(site);
+    failAllocationAfter(site);
+    MPIOManagerInitialize();
+    failed = allocationFailed();
+    MPIOManagerInitialize();
+    touch(host->memory);
+    ASSERT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
+    MPIOManagerTeardown();
+    EXPECT_EQ(MPIOCopyLogicalUnits(), nullptr);
+  }
+  EXPECT_GT(site, 3u);
+  MPIOManagerInitialize();
+}
+
 TEST_F(Allocation, DuringAScanLosesOnlyTheObjectThatCouldNotBeMade) {
   bool pathsWithoutUnit = false, unitWithoutFirstPath = false, failed = true;
   for (std::size_t site = 0; failed; ++site) {

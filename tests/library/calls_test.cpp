@@ -233,8 +233,9 @@ TEST_F(Calls, PathsLeadToTheirUnitWhileItLives) {
 
 TEST_F(Calls, HandlesAreFoundByRegistryObject) {
   MPIODeviceRegistry& registry = host->registry();
-  const ScopedHandle unitEntry(registry, registry.findServiceByEntryID(unitID(1)));
+  // The lower handle is 1, next to the one that is none.
   const ScopedHandle pathEntry(registry, registry.findServiceByEntryID(pathID(0, 0)));
+  const ScopedHandle unitEntry(registry, registry.findServiceByEntryID(unitID(1)));
   EXPECT_EQ(Owned<MPIOLogicalUnitRef>(MPIOCopyLogicalUnitForService(unitEntry.get())).get(),
             handles->unit(1));
   EXPECT_EQ(Owned<MPIOLogicalUnitPathRef>(MPIOCopyLogicalUnitPathForService(pathEntry.get())).get(),

@@ -116,6 +116,17 @@ TEST_F(Discovery, PassesOverWhatIsNoStorage) {
             "unit 5");
 }
 
+TEST_F(Discovery, TakesTheDeviceTypeAsASignedNumberOf32Bits) {
+  fill({.units = 4});
+  setType(0, number(INT32_MIN));
+  setType(1, number(INT32_MIN - std::int64_t{1}));
+  setType(2, number(INT32_MAX));
+  setType(3, number(INT32_MAX + std::int64_t{1}));
+  EXPECT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
+  EXPECT_TRUE(knownLogicalUnit(unitID(0)));
+  EXPECT_TRUE(knownLogicalUnit(unitID(2)));
+}
+
 TEST_F(Discovery, TakesAsPathsOnlyParentsOfThePathClass) {
   fill({.units = 1, .paths = 2});
   memory::MemoryRegistry& registry = host->memory.registry();

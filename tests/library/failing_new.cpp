@@ -1,5 +1,6 @@
 #include "tests/library/failing_new.hpp"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -7,6 +8,7 @@ namespace {
 
 constexpr std::size_t kNever = static_cast<std::size_t>(-1);
 thread_local std::size_t remaining = kNever;
+std::atomic<std::size_t> live{0};
 
 }  // namespace
 
@@ -22,11 +24,18 @@ bool allocationFailed() noexcept {
   return failed;
 }
 
+std::size_t liveAllocations() noexcept {
+  return live;
+}
+
 }  // namespace tavrenix::test
 
 void* operator new(std::size_t size) {
   if (remaining != kNever && remaining-- == 0) throw std::bad_alloc();  // 0 becomes kNever
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
+  if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+    ++live;
+    return memory;
+  }
   throw std::bad_alloc();
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
@@ -37,8 +46,9 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   }
 }
 void operator delete(void* memory) noexcept {
+  if (memory != nullptr) --live;
   std::free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
+  operator delete(memory);
 }

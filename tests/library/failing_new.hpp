@@ -11,4 +11,7 @@ void failAllocationAfter(std::size_t successes) noexcept;
 // Forgets the order; whether it had been carried out.
 bool allocationFailed() noexcept;
 
+// How many allocations of all threads have not been given back.
+std::size_t liveAllocations() noexcept;
+
 }  // namespace tavrenix::test

@@ -172,6 +172,15 @@ TEST_F(CreationFails, OnARunLoopSilentlyAtEverySite) {
   EXPECT_GT(sites, 20u);
 }
 
+TEST_F(CreationFails, OnARunLoopWithoutAPortAsksForNothingMore) {
+  RunLoopClient client;
+  host->watch.reset();
+  host->watch.failAll(Operation::kCreateNotificationPort);
+  ASSERT_TRUE(client.start());
+  EXPECT_EQ(host->watch.registryOperations(), 1u);
+  client.stop();
+}
+
 TEST_F(CreationFails, OnARunLoopWithoutAPortSourceLeavesThePortThatCancellingCounts) {
   const std::uint32_t ports = gMPIOActiveNotificationPorts;
   RunLoopClient client;

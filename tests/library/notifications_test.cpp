@@ -6,6 +6,7 @@
 
 #include "library/notification.hpp"
 #include "model/registry_names.hpp"
+#include "tests/library/failing_new.hpp"
 #include "tests/library/notification_clients.hpp"
 
 namespace tavrenix::test {
@@ -168,6 +169,28 @@ TEST_P(Notifications, NothingIsToldOfAfterTheEnd) {
   EXPECT_THAT(told(), IsEmpty());
 }
 
+// The first session leaves what is made once a process.
+TEST_P(Notifications, LeaveNoMemoryBehind) {
+  addStorage(storage, {.units = 1, .paths = 2});
+  std::size_t before = 0;
+  for (int session = 0; session < 3; ++session) {
+    client = make();
+    ASSERT_TRUE(client->start());
+    client->settle();
+    removePath(storage, 0, 1);
+    client->settle();
+    touch(storage);
+    addUnits(storage, {.units = 1, .paths = 2});
+    client->settle();
+    client->stop();
+    client.reset();
+    touch(storage);
+    Handles();
+    if (session == 1) before = liveAllocations();
+  }
+  EXPECT_EQ(liveAllocations(), before);
+}
+
 TEST_P(Notifications, GoToEachClientAlone) {
   addStorage(storage, {.units = 1, .paths = 1});
   const auto other = make();
@@ -221,6 +244,21 @@ TEST_F(OnAQueue, DestroyRefusesWhatIsNoSuchRegistration) {
   ofRunLoop->release();
 }
 
+TEST(Notifications, MayHaveNobodyToCall) {
+  LibraryHost host;
+  addStorage(host->memory, {.units = 1, .paths = 1});
+  const Owned<ObDispatchQueueRef> queue(ObDispatchQueueCreate(nullptr));
+  const auto notification = MPIONotificationCreateWithDispatchQueue(nullptr, queue.get(), nullptr);
+  EXPECT_NE(notification, nullptr);
+  EXPECT_TRUE(ObDispatchQueueDrain(queue.get()));
+  MPIONotificationDestroy(notification);
+
+  const Owned<ObRunLoopSourceRef> source(MPIONotificationCreateRunLoopSource(nullptr, nullptr));
+  EXPECT_TRUE(ObRunLoopAddSource(ObRunLoopGetCurrent(), source.get(), kObRunLoopDefaultMode));
+  ObRunLoopSourceInvalidate(source.get());
+  EXPECT_EQ(host->memory.registry().openHandles(), 0u);
+}
+
 TEST_F(OnAQueue, TheCountOfPortsIsRaisedAndNeverLowered) {
   const std::uint32_t before = gMPIOActiveNotificationPorts;
   QueueClient client;
@@ -228,6 +266,16 @@ TEST_F(OnAQueue, TheCountOfPortsIsRaisedAndNeverLowered) {
   EXPECT_EQ(gMPIOActiveNotificationPorts, before + 1);
   client.stop();
   EXPECT_EQ(gMPIOActiveNotificationPorts, before + 1);
+}
+
+TEST_F(OnARunLoop, AfterARemovalTheLoopHasNothingToWaitFor) {
+  addStorage(storage, {.units = 1, .paths = 1});
+  RunLoopClient client;
+  ASSERT_TRUE(client.start());
+  EXPECT_EQ(ObRunLoopRunInMode(kObRunLoopDefaultMode, 0), kObRunLoopTimedOut);
+  client.stop();
+  EXPECT_EQ(ObRunLoopRunInMode(kObRunLoopDefaultMode, 0), kObRunLoopFinished)
+      << "the port's own source left the loop with the client's";
 }
 
 TEST_F(OnARunLoop, ASecondLoopOrModeRegistersNothingMoreAndAnyRemovalEndsIt) {

@@ -59,7 +59,9 @@ TEST_F(LogicalUnit, PublishesWhatTheRegistrySays) {
 
 TEST_F(LogicalUnit, ThatTheRegistryHardlyDescribesReportsLeastBytesAndNoBatchCount) {
   host.memory.registry().addEntry(7, std::string(registry::kLogicalUnitClass), {}, dictionary({}));
-  const auto properties = make(7)->getProperties();
+  const auto unit = make(7);
+  const auto properties = unit->getProperties();
+  EXPECT_EQ(unit->logicalUnitAlgorithm(), 0u);
   EXPECT_EQ(properties->value(keys::kMPIOLogicalUnitAlgorithmKey),
             &keys::kMPIOLogicalUnitAlgorithmLeastBytes);
   EXPECT_EQ(numberUnder(properties.get(), keys::kMPIOLogicalUnitBatchCountKey), 0);
@@ -83,6 +85,7 @@ TEST_F(LogicalUnit, KeepsItsFirstIdentifierAndTakesEveryNewAlias) {
   set("Logical Unit Unique Identifier", data({0x01}));
   set("Logical Unit Alias", text("renamed"));
   unit->setLogicalUnitAlias(ob::String::make("written by a client"));
+  EXPECT_EQ(unit->logicalUnitAlias()->view(), "written by a client");
   const auto properties = unit->getProperties();
   EXPECT_EQ(textUnder(properties.get(), keys::kMPIOLogicalUnitIdentifierKey),
             "600A0B80000000000000000000000000");
@@ -207,6 +210,8 @@ TEST_F(LogicalUnit, RemovesOnePathOrAllWithTheirDifferences) {
   unit->removePath(nullptr);
   unit->removePath(first.get());
   EXPECT_FALSE(first->matchingLogicalUnit());
+  ASSERT_EQ(unit->getPaths()->values().size(), 1u);
+  EXPECT_EQ(unit->getPaths()->values()[0].get(), second.get());
   unit->removeAllPaths();
   EXPECT_THAT(unit->getPaths()->values(), IsEmpty());
   EXPECT_EQ(second->matchingLogicalUnit(), unit);  // left as it was
@@ -237,7 +242,11 @@ TEST_F(LogicalUnit, WhoseDriverIsSilentHasStatisticsOfZeros) {
   const auto statistics = unit->getCurrentStatistics();
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "sysctlbyname failed to get stats block: -1\n");
   EXPECT_EQ(statistics->pairs().size(), 5u);
-  EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitStatisticsBytesSentKey), 0);
+  for (const ob::String* key : {&keys::kMPIOLogicalUnitStatisticsBytesSentKey,
+                                &keys::kMPIOLogicalUnitStatisticsBytesReceivedKey,
+                                &keys::kMPIOLogicalUnitStatisticsTotalCommandsKey}) {
+    EXPECT_EQ(numberUnder(statistics.get(), *key), 0) << key->view();
+  }
 }
 
 TEST(IdentifierText, HasTwoDigitsAByte) {

@@ -110,6 +110,33 @@ TEST_F(MemoryNotifications, ADestroyedPortTellsNothingAndItsIteratorsStay) {
   EXPECT_THAT(drain(arrivals), IsEmpty());
 }
 
+TEST_F(MemoryNotifications, AReleasedIteratorIsToldOfNothing) {
+  drain(subscribe(registry::kFirstMatchNotification));
+  registry.release(iterators.back());
+  iterators.pop_back();
+  add(2);
+  EXPECT_EQ(callsByNow(), 0);
+  EXPECT_TRUE(registry.notificationsAreSettled());
+}
+
+TEST_F(MemoryNotifications, HeldBackTwiceTheyWaitForTheOuterEnd) {
+  const auto arrivals = subscribe(registry::kFirstMatchNotification);
+  drain(arrivals);
+  const auto outer = std::make_unique<MemoryRegistry::HeldNotifications>(registry);
+  { const MemoryRegistry::HeldNotifications inner(registry); }
+  add(2);
+  EXPECT_FALSE(registry.notificationsAreSettled());
+  EXPECT_THAT(drain(arrivals), IsEmpty());
+}
+
+TEST_F(MemoryNotifications, AreSettledOnlyOnceTheIteratorHasBeenReadToItsEnd) {
+  const auto arrivals = subscribe(registry::kFirstMatchNotification);
+  const ScopedHandle only(registry, registry.iteratorNext(arrivals));
+  EXPECT_FALSE(registry.notificationsAreSettled()) << "the last one is being worked on";
+  EXPECT_EQ(registry.iteratorNext(arrivals), 0u);
+  EXPECT_TRUE(registry.notificationsAreSettled());
+}
+
 TEST_F(MemoryNotifications, RefuseWhatIsNoKindNoMatchingAndNoPort) {
   const auto attempt = [&](RegistryPort at, std::string_view kind,
                            ob::Ref<const ob::Dictionary> matching) {

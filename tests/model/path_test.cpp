@@ -209,6 +209,28 @@ TEST_F(Path, KeepsItsFirstIdentifierEvenAnEmptyOne) {
   EXPECT_FALSE(MPIOLogicalUnitPath::logicalUnitPathIdentifierFromPropertiesDict(nullptr));
 }
 
+TEST_F(Path, KeepsWhatItIsGivenUntilTheRegistrySaysOtherwise) {
+  const std::uint8_t port[] = {7};
+  path->setPathState(ob::String::make("Resting"));
+  path->setInterconnectType(ob::String::make("Wire"));
+  path->setScsiInitiatorPortIdentifier(ob::Data::make(port));
+  const auto given = path->getProperties();
+  EXPECT_EQ(textUnder(given.get(), keys::kMPIOLogicalUnitPathStateKey), "Resting");
+  EXPECT_EQ(textUnder(given.get(), keys::kMPIOLogicalUnitPathInterconnectKey), "Wire");
+  EXPECT_TRUE(given->value(keys::kMPIOLogicalUnitPathHostPortIdentifierKey)->equals(*data({7})));
+  path->rebuildPropertiesFromEntry();
+  EXPECT_EQ(state(), "Active Optimized");
+  EXPECT_EQ(path->interconnectType()->view(), "Fibre Channel Interface");
+  EXPECT_TRUE(path->scsiInitiatorPortIdentifier()->equals(*data({0x50, 0x01, 1})));
+}
+
+TEST_F(Path, CopiesThePropertiesOfItsEntry) {
+  const auto whole = MPIOLogicalUnitPath::propertiesForEntryID(host, id);
+  ASSERT_TRUE(whole);
+  EXPECT_TRUE(whole->equals(*host.memory.registry().properties(id)));
+  EXPECT_FALSE(MPIOLogicalUnitPath::propertiesForEntryID(host, 99));
+}
+
 TEST_F(Path, LocatesTheLastUnitBelowIt) {
   EXPECT_EQ(path->locateLogicalUnitID(), unitID(0));
   const std::string unitClass(registry::kLogicalUnitClass);

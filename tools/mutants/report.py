@@ -20,7 +20,7 @@ def read_reasons(path):
 
 
 def folder_of(one):
-    return one.file.rpartition("/")[0]
+    return one.file.rpartition("/")[0] or "."
 
 
 def table(mutants, survivors):
@@ -50,7 +50,7 @@ def report(mutants, survivors, unreached, reasons, share, whole):
         by_reason.setdefault(reasons.get(one.key), []).append(one)
     for reason, ones in by_reason.items():
         if reason is not None:
-            show(textwrap.fill(f"Survive, and why: {reason}", 110), ones, unreached)
+            show(textwrap.fill(f"Survive, and why: {reason.rstrip(chr(46))}", 110), ones, unreached)
     new = by_reason.get(None, [])
     show("Survive without a reason in tools/mutants/survivors.txt", new, unreached)
     keys = {one.key for one in survivors}

@@ -132,8 +132,11 @@ class Finder:
         elif kind in (K.IF_STMT, K.WHILE_STMT, K.FOR_STMT, K.DO_STMT):
             self.condition(cursor, children, context)
         self.statements(cursor, children, context)
-        skip = 1 if kind == K.CASE_STMT else 0
-        for child in children[skip:]:
+        if kind == K.CASE_STMT:
+            children = children[1:]
+        elif kind in VARIABLES:  # what stands in front of the name belongs to the type
+            children = [child for child in children if offsets(child)[0] > cursor.location.offset]
+        for child in children:
             self.visit(child, cursor, context)
 
     def operator(self, cursor, children, context):

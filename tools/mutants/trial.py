@@ -9,7 +9,7 @@ import time
 from dataclasses import dataclass, field
 from pathlib import Path
 
-SLOW = 3.0  # seconds; a test that takes longer is left out
+SLOW = 10.0  # seconds; a test that takes longer is left out
 MEMORY = 4 << 30  # bytes of addresses: a change may make a loop that allocates for ever
 
 
