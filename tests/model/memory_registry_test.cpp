@@ -46,7 +46,7 @@ TEST(MemoryRegistry, WalksDepthFirstDownAndLevelByLevelUp) {
 
 TEST(MemoryRegistry, AnEntryThatMovesIsUnderItsNewParentsAlone) {
   memory::MemoryRegistry registry;
-  for (const EntryID id : {1, 2, 3}) registry.addEntry(id, "A", {}, dictionary({}));
+  for (EntryID id = 1; id <= 3; ++id) registry.addEntry(id, "A", {}, dictionary({}));
   registry.addEntry(4, "A", {1, 2}, dictionary({}));
   EXPECT_TRUE(registry.replaceParents(4, {2, 3}));
   EXPECT_TRUE(walk(registry, 1, 0).empty());

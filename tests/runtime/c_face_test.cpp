@@ -8,6 +8,7 @@
 
 #include "runtime/c_bridge.hpp"
 #include "runtime/error.hpp"
+#include "runtime/pool.hpp"
 #include "runtime/values.hpp"
 
 namespace {
