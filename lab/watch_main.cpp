@@ -27,10 +27,15 @@ void complain(std::string_view line) {
   std::fprintf(stderr, "tavrenix-lab-watch: %.*s\n", static_cast<int>(line.size()), line.data());
 }
 
+// The exit status: not 0 where the text did not arrive, as on a full disk.
+int show(const char* text) {
+  return std::fputs(text, stdout) >= 0 && std::fflush(stdout) == 0 ? 0 : 1;
+}
+
 int run(int argc, char** argv) {
   const std::string_view first = argc < 2 ? "" : argv[1];
-  if (first == "--help" || first == "-h") return std::fputs(kHelp, stdout) < 0 ? 1 : 0;
-  if (first == "--version") return std::puts("tavrenix-lab-watch " TAVRENIX_VERSION) < 0 ? 1 : 0;
+  if (first == "--help" || first == "-h") return show(kHelp);
+  if (first == "--version") return show("tavrenix-lab-watch " TAVRENIX_VERSION "\n");
   if (argc != 2 || first.empty()) {
     std::fputs(kHelp, stderr);
     return kBadUse;

@@ -172,5 +172,26 @@ TEST_F(LabTest, EveryOddityIsShown) {
   EXPECT_EQ(sizes.find("Never Listed"), std::string::npos);
 }
 
+TEST(WatchProgram, TellsThatItIsASimulationAndRefusesWhatIsNoImage) {
+  const auto watch = [](const std::string& arguments) {
+    return run("'" TAVRENIX_LAB_WATCH "' " + arguments);
+  };
+  const Outcome help = watch("--help");
+  EXPECT_EQ(help.status, 0);
+  EXPECT_NE(help.output.find("This is a simulation"), std::string::npos);
+  EXPECT_EQ(watch("-h").output, help.output);
+  EXPECT_EQ(watch("--version").output, "tavrenix-lab-watch 0.1.0\n");
+  for (const char* bad : {"", "one.json two.json", "''"}) {
+    const Outcome refused = watch(bad);
+    EXPECT_EQ(refused.status, 2) << bad;
+    EXPECT_EQ(refused.output, help.output) << bad;
+  }
+  EXPECT_EQ(watch("--follow").output,
+            "tavrenix-lab-watch: unknown option --follow; see tavrenix-lab-watch --help\n");
+  for (const char* arguments : {"--help", "--version"}) {
+    EXPECT_EQ(watch(std::string(arguments) + " > /dev/full").status, 1) << arguments;
+  }
+}
+
 }  // namespace
 }  // namespace tavrenix::lab
