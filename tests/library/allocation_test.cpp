@@ -2,6 +2,7 @@
 // thrown.
 #include <gtest/gtest.h>
 
+#include "model/registry_names.hpp"
 #include "tests/library/failing_new.hpp"
 #include "tests/library/scenario.hpp"
 
@@ -101,6 +102,7 @@ TEST_F(Allocation, WhileTheManagerIsMadeLeavesItToTheNextTime) {
   std::size_t site = 0;
   for (bool failed = true; failed; ++site) {
     SCOPED_TRACE(site);
+    touch(host->memory);
     failAllocationAfter(site);
     MPIOManagerInitialize();
     failed = allocationFailed();
@@ -134,6 +136,27 @@ TEST_F(Allocation, DuringAScanLosesOnlyTheObjectThatCouldNotBeMade) {
   }
   EXPECT_TRUE(pathsWithoutUnit);
   EXPECT_TRUE(unitWithoutFirstPath);
+}
+
+TEST_F(Allocation, WhileARegistrationIsMadeLeavesNoHandle) {
+  memory::MemoryRegistry& registry = host->memory.registry();
+  const RegistryPort port = registry.createNotificationPort();
+  const auto matching = registry.classMatching(registry::kPathClass);
+  std::size_t failures = 0;
+  for (bool failed = true; failed; failures += failed) {
+    RegistryHandle made = 0;
+    failAllocationAfter(failures);
+    try {
+      made = registry.addMatchingNotification(port, registry::kFirstMatchNotification, matching, {})
+                 .value;
+    } catch (const std::bad_alloc&) {
+    }
+    failed = allocationFailed();
+    EXPECT_EQ(registry.openHandles(), failed ? 1u : 2u) << failures;
+    registry.release(made);
+  }
+  EXPECT_GT(failures, 2u);
+  registry.destroyNotificationPort(port);
 }
 
 }  // namespace

@@ -123,8 +123,10 @@ TEST_F(MemoryNotifications, HeldBackTwiceTheyWaitForTheOuterEnd) {
   const auto arrivals = subscribe(registry::kFirstMatchNotification);
   drain(arrivals);
   const auto outer = std::make_unique<MemoryRegistry::HeldNotifications>(registry);
-  { const MemoryRegistry::HeldNotifications inner(registry); }
-  add(2);
+  {
+    const MemoryRegistry::HeldNotifications inner(registry);
+    add(2);
+  }
   EXPECT_FALSE(registry.notificationsAreSettled());
   EXPECT_THAT(drain(arrivals), IsEmpty());
 }

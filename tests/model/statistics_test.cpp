@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <cstring>
 #include <vector>
 
@@ -91,6 +92,41 @@ TEST(StatisticsRequests, OfAPathNameTheUnitItWasMadeFor) {
   unit = nullptr;
   EXPECT_TRUE(path->isEnabled(nullptr));
   EXPECT_EQ(host.recorder.lastRequest[8], 5);
+}
+
+TEST(MemoryTunable, AnswersAsTheSystemCallDoes) {
+  memory::MemoryTunable tunable;
+  tunable.setLogicalUnitStatistics(1, {1, 2, 3});
+  tunable.setPathStatistics(2, {4, 5, 6, 0x81});
+  std::array<std::uint8_t, 64> room{};
+  std::size_t length = 0;
+  const auto ask = [&](const SCSIMPIOStatisticsRequest& request, std::size_t itsRoom = 64,
+                       std::size_t size = sizeof(SCSIMPIOStatisticsRequest),
+                       const char* name = kStatisticsTunable) {
+    length = itsRoom;
+    return tunable.sysctlbyname(name, room.data(), &length, &request, size);
+  };
+  const SCSIMPIOStatisticsRequest ofUnit{.requestType = kLogicalUnitStatistics,
+                                         .logicalUnitEntryID = 1};
+  EXPECT_EQ(ask(ofUnit), 0);
+  EXPECT_EQ(length, sizeof(SCSILogicalUnitStatistics));
+  EXPECT_EQ(ask({.requestType = kPathStatistics, .pathEntryID = 2}), 0);
+  EXPECT_EQ(length, sizeof(SCSIPathStatistics));
+
+  EXPECT_EQ(ask(ofUnit, sizeof(SCSILogicalUnitStatistics)), 0);
+  EXPECT_EQ(ask(ofUnit, sizeof(SCSILogicalUnitStatistics) - 1), -1);
+  EXPECT_EQ(ask(ofUnit, 64, sizeof ofUnit - 1), -1);
+  EXPECT_EQ(ask(ofUnit, 64, sizeof ofUnit, "kern.other"), -1);
+  EXPECT_EQ(ask({.signature = 0, .logicalUnitEntryID = 1}), -1);
+  EXPECT_EQ(ask({.requestType = 3, .logicalUnitEntryID = 1}), -1);
+
+  EXPECT_EQ(tunable.pathStatistics(2)->commandsProcessed, 6u);
+  EXPECT_FALSE(tunable.pathStatistics(1));
+  tunable.forget(1);
+  tunable.forget(2);
+  EXPECT_EQ(ask(ofUnit), -1);
+  EXPECT_FALSE(tunable.pathStatistics(2));
+  EXPECT_EQ(memory::MemoryHost().effectiveUser(), 0u);
 }
 
 }  // namespace

@@ -135,7 +135,7 @@ class Finder:
         if kind == K.CASE_STMT:
             children = children[1:]
         elif kind in VARIABLES:  # what stands in front of the name belongs to the type
-            children = [child for child in children if offsets(child)[0] > cursor.location.offset]
+            children = [child for child in children if offsets(child)[0] >= cursor.location.offset]
         for child in children:
             self.visit(child, cursor, context)
 

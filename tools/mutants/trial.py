@@ -111,7 +111,7 @@ def batches(tests):
 def is_killed(runner, number, tests):
     """Whether one of the tests notices the change. A test that hangs has noticed it as well."""
     for seconds, command in batches(tests):
-        good, _ = runner.run(command, 5 + 10 * seconds, TAVRENIX_MUTANT=number)
+        good, _ = runner.run(command, 10 + 5 * seconds, TAVRENIX_MUTANT=number)
         if not good:
             return True
     return False
