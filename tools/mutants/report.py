@@ -55,9 +55,9 @@ def report(mutants, survivors, unreached, reasons, share, whole):
     show("Survive without a reason in tools/mutants/survivors.txt", new, unreached)
     keys = {one.key for one in survivors}
     mine = {one.key for one in mutants}
-    killed = [key for key in reasons if key in mine and key not in keys]
+    noticed = [key for key in reasons if key in mine and key not in keys]
     gone = [key for key in reasons if key not in mine] if whole else []
-    for title, listed in (("Listed there, but killed now", killed), ("Listed there, but no such change now", gone)):
+    for title, listed in (("Listed there, but killed now", noticed), ("Listed there, but no such change now", gone)):
         if listed:
             print(f"\n{title}:")
             print("\n".join(f"  {key}" for key in listed))
@@ -66,5 +66,6 @@ def report(mutants, survivors, unreached, reasons, share, whole):
         print("\n".join(f"  {one.key}" for one in new))
     count = len(mutants)
     enough = 100 * (count - len(survivors)) >= share * count
-    print(f"\n{count - len(survivors)} of {count} changes were noticed by the tests, {len(new)} survivors have no reason")
+    killed = count - len(survivors)
+    print(f"\n{killed} of {count} changes were noticed by the tests, {len(new)} survivors have no reason")
     return 0 if enough else 1
