@@ -138,21 +138,26 @@ TEST_F(Allocation, DuringAScanLosesOnlyTheObjectThatCouldNotBeMade) {
   EXPECT_TRUE(unitWithoutFirstPath);
 }
 
-TEST_F(Allocation, WhileARegistrationIsMadeLeavesNoHandle) {
+TEST_F(Allocation, WhileARegistrationIsMadeLeavesNoHandleNorHoldsAnything) {
   memory::MemoryRegistry& registry = host->memory.registry();
   const RegistryPort port = registry.createNotificationPort();
+  registry.release(registry.findServiceByEntryID(unitID(0)));  // leaves room for a handle
   const auto matching = registry.classMatching(registry::kPathClass);
+  const auto held = std::make_shared<int>();
   std::size_t failures = 0;
   for (bool failed = true; failed; failures += failed) {
     RegistryHandle made = 0;
     failAllocationAfter(failures);
     try {
-      made = registry.addMatchingNotification(port, registry::kFirstMatchNotification, matching, {})
+      made = registry
+                 .addMatchingNotification(port, registry::kFirstMatchNotification, matching,
+                                          [held](RegistryHandle) {})
                  .value;
     } catch (const std::bad_alloc&) {
     }
     failed = allocationFailed();
     EXPECT_EQ(registry.openHandles(), failed ? 1u : 2u) << failures;
+    EXPECT_EQ(held.use_count() == 1, failed) << failures;
     registry.release(made);
   }
   EXPECT_GT(failures, 2u);

@@ -109,9 +109,8 @@ def batches(tests):
 
 
 def is_killed(runner, number, tests):
-    """Whether one of the tests notices the change. A test that hangs has noticed it as well."""
-    for seconds, command in batches(tests):
-        good, _ = runner.run(command, 10 + 5 * seconds, TAVRENIX_MUTANT=number)
-        if not good:
-            return True
-    return False
+    """Whether one of the tests notices the change, twice. A test that hangs has noticed it as well."""
+    def fails(command, seconds):
+        return not runner.run(command, 10 + 5 * seconds, TAVRENIX_MUTANT=number)[0]
+
+    return any(fails(command, seconds) and fails(command, seconds) for seconds, command in batches(tests))
