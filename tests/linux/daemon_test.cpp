@@ -15,10 +15,13 @@ namespace {
 using namespace std::chrono_literals;
 using namespace std::string_view_literals;
 
+// What the daemon does once it has sent its reply.
+enum class Then { kHangsUp, kWaits };  // for the other side to hang up
+
 // Accepts one talk on an abstract address, and sends reply, as it is, once a command has come.
 class Daemon {
  public:
-  explicit Daemon(std::string reply, bool answers = true)
+  explicit Daemon(std::string reply, Then then = Then::kHangsUp)
       : name_("@tavrenix-test-" + std::to_string(::getpid()) + '-' + std::to_string(++count_)),
         listener_(::socket(AF_UNIX, SOCK_STREAM, 0)) {
     sockaddr_un address{};
@@ -27,13 +30,13 @@ class Daemon {
     const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name_.size());
     EXPECT_EQ(::bind(listener_, reinterpret_cast<const sockaddr*>(&address), length), 0);
     EXPECT_EQ(::listen(listener_, 1), 0);
-    thread_ = std::thread([this, text = std::move(reply), answers] {
+    thread_ = std::thread([this, text = std::move(reply), then] {
       const int talk = ::accept(listener_, nullptr, nullptr);
       char buffer[1024];
       const ssize_t got = ::recv(talk, buffer, sizeof buffer, 0);
       if (got > 0) received_.assign(buffer, static_cast<std::size_t>(got));
-      if (answers) ::send(talk, text.data(), text.size(), MSG_NOSIGNAL);
-      if (!answers) ::recv(talk, buffer, sizeof buffer, 0);  // until the other side gives up
+      ::send(talk, text.data(), text.size(), MSG_NOSIGNAL);
+      if (then == Then::kWaits) ::recv(talk, buffer, sizeof buffer, 0);
       ::close(talk);
     });
   }
@@ -79,9 +82,17 @@ TEST(MultipathdSocket, TellsThatNoDaemonRuns) {
 }
 
 TEST(MultipathdSocket, GivesUpOnADaemonThatIsSilent) {
-  Daemon daemon("", false);
+  Daemon daemon("", Then::kWaits);
   MultipathdSocket socket({daemon.name()}, 50ms);
   EXPECT_EQ(socket.ask("fail path sda").status, -ETIMEDOUT);
+}
+
+TEST(MultipathdSocket, DoesNotWaitForAnEmptyReply) {
+  Daemon daemon(framed(""), Then::kWaits);
+  MultipathdSocket socket({daemon.name()}, 5s);
+  const auto answer = socket.ask("fail path sda");
+  EXPECT_EQ(answer.status, 0);
+  EXPECT_EQ(answer.value, DaemonReply::kUnknown);
 }
 
 TEST(MultipathdSocket, TrustsNoReply) {
