@@ -11,9 +11,11 @@ namespace {
 using Value = ob::Ref<const ob::Object>;
 
 constexpr std::size_t kMostEntries = 12;
-constexpr int kDeepestNesting = 4;
+constexpr int kDeepestNesting = 4;  // of containers with several elements
 constexpr std::size_t kMostElements = 6;
 constexpr std::size_t kLongestText = 300;  // longer than any column and any text that is cut
+constexpr std::size_t kHuge = 70000;       // in one piece, so that it costs no input
+constexpr std::size_t kDeep = 100;
 // One byte more in an identifier stops the process with a message, on purpose: see
 // identifierText(). That is not a finding.
 constexpr std::size_t kLongestIdentifier = 127;
@@ -58,7 +60,7 @@ Value text(FuzzedDataProvider& input) {
       return ob::String::make(registry::kSharedVolumeComponentContent);
     case 5:
       return ob::String::make(
-          std::string(input.ConsumeIntegralInRange<std::size_t>(0, kLongestText), '\x1b'));
+          std::string(input.ConsumeIntegralInRange<std::size_t>(0, kHuge), '\x1b'));
     default: {
       const auto string = ob::String::make(input.ConsumeRandomLengthString(kLongestText));
       return string ? Value(string) : ob::String::make("not UTF-8");
@@ -83,38 +85,61 @@ Value number(FuzzedDataProvider& input) {
   }
 }
 
-Value any(FuzzedDataProvider& input, int depth);
+Value data(FuzzedDataProvider& input, const ob::String* name) {
+  const bool isIdentifier =
+      name == &registry::kUniqueIdentifier || name == &registry::kPathIdentifier;
+  if (!isIdentifier && input.ConsumeBool()) {
+    return ob::Data::make(
+        std::vector<std::uint8_t>(input.ConsumeIntegralInRange<std::size_t>(0, kHuge)));
+  }
+  const auto size = input.ConsumeIntegralInRange<std::size_t>(0, kLongestIdentifier);
+  return ob::Data::make(input.ConsumeBytes<std::uint8_t>(size));
+}
+
+// Arrays in one another.
+Value nested(FuzzedDataProvider& input) {
+  Value value = number(input);
+  for (auto depth = input.ConsumeIntegralInRange<std::size_t>(1, kDeep); depth > 0; --depth)
+    value = ob::Array::make({value});
+  return value;
+}
+
+// name: under which it will stand; null within an array.
+Value any(FuzzedDataProvider& input, int depth, const ob::String* name);
 
 ob::Ref<const ob::Dictionary> dictionary(FuzzedDataProvider& input, int depth) {
   ob::DictionaryBuilder builder(0);
-  for (auto count = input.ConsumeIntegralInRange<std::size_t>(0, kMostElements); count > 0; --count)
-    builder.add(*input.PickValueInArray(kNames), any(input, depth + 1));
+  for (auto count = input.ConsumeIntegralInRange<std::size_t>(0, kMostElements); count > 0;
+       --count) {
+    const ob::String* name = input.PickValueInArray(kNames);
+    builder.add(*name, any(input, depth + 1, name));
+  }
   return builder.build();
 }
 
 Value array(FuzzedDataProvider& input, int depth) {
   ob::Array::Values values;
   for (auto count = input.ConsumeIntegralInRange<std::size_t>(0, kMostElements); count > 0; --count)
-    values.push_back(any(input, depth + 1));
+    values.push_back(any(input, depth + 1, nullptr));
   return ob::Array::make(std::move(values));
 }
 
-Value any(FuzzedDataProvider& input, int depth) {
-  const int deepest = depth < kDeepestNesting ? 6 : 4;
+Value any(FuzzedDataProvider& input, int depth, const ob::String* name) {
+  const int deepest = depth < kDeepestNesting ? 7 : 5;
   switch (input.ConsumeIntegralInRange(0, deepest)) {
     case 0:
       return text(input);
     case 1:
       return number(input);
-    case 2: {
-      const auto size = input.ConsumeIntegralInRange<std::size_t>(0, kLongestIdentifier);
-      return ob::Data::make(input.ConsumeBytes<std::uint8_t>(size));
-    }
+    case 2:
+      return data(input, name);
     case 3:
       return ob::Ref<const ob::Boolean>::retain(ob::Boolean::of(input.ConsumeBool()));
     case 4:
       return ob::Date::make(input.ConsumeIntegral<std::int64_t>());
     case 5:
+      return nested(input);
+    case 6:
       return array(input, depth);
     default:
       return dictionary(input, depth);
