@@ -99,7 +99,7 @@ check_shell() {
     first=
     [[ -f $file ]] && IFS= read -r first <"$file"
     [[ $first =~ ^'#!'.*sh$ ]] && scripts+=("$file")
-  done < <(tracked '*' ':!*.cpp' ':!*.hpp' ':!*.t' ':!tests/kernel/guest/*' ':!tests/kernel/scenarios/*')
+  done < <(tracked '*' ':!*.cpp' ':!*.hpp' ':!*.t' ':!fuzz/seeds/*' ':!tests/kernel/guest/*' ':!tests/kernel/scenarios/*')
   shellcheck -x -a "${scripts[@]}"
 }
 
