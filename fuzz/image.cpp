@@ -94,14 +94,17 @@ ob::Ref<const ob::Object> algorithmRequest() {
   return request.build();
 }
 
-// To disable the first of the unit's paths that has an identifier; none where none has.
+// To switch the first of the unit's paths that can be named; none where none can.
 ob::Ref<const ob::Object> pathRequest(const Image& image, const ImageEntry& unit) {
   for (const EntryID id : unit.parents) {
-    const auto* bytes = image.find(id)->properties->valueAs<ob::Data>(registry::kPathIdentifier);
+    const ImageEntry& path = *image.find(id);
+    const auto* bytes = path.properties->valueAs<ob::Data>(registry::kPathIdentifier);
     if (bytes == nullptr) continue;
+    const bool disabled = path.statistics && (path.statistics->state & kPathStateDisabledBit) != 0;
     ob::DictionaryBuilder states(1);
     states.add(*ob::String::make(hexFromBytes(bytes->bytes())),
-               ob::Number::make(registry::kMPIOPathStateRequestDisable));
+               ob::Number::make(disabled ? registry::kMPIOPathStateRequestEnable
+                                         : registry::kMPIOPathStateRequestDisable));
     ob::DictionaryBuilder request(1);
     request.add(registry::kPathState, states.build());
     return request.build();
@@ -130,10 +133,12 @@ void expectUsable(const Image& image) {
   SimulatedHost host([](std::string_view) { expect(false, "a sound image can be changed"); });
   host.load(scratch.file());
   expectShown(host.memory(), image);
-  std::size_t changed = 0;
+  // A few units, and one entry that is none.
+  std::size_t units = 0;
+  std::size_t others = 0;
   for (const ImageEntry& entry : image.entries()) {
-    if (++changed > 4) break;
-    change(scratch, host, entry);
+    const bool isUnit = image.classes().conforms(entry.className, registry::kLogicalUnitClass);
+    if (isUnit ? ++units <= 3 : ++others <= 1) change(scratch, host, entry);
   }
   host.reload();
   expectShown(host.memory(), scratch.read());

@@ -13,7 +13,7 @@ fuzz_programs=(
   "attributes          100000"
   "vpd                 200000"
 )
-fuzz_options=(-timeout=60 -rss_limit_mb=2048 -artifact_prefix=build/fuzz/findings/)
+fuzz_options=(-timeout=60 -rss_limit_mb=2048)
 
 fuzz_configure_and_compile() {
   local -a options
@@ -25,11 +25,11 @@ fuzz_configure_and_compile() {
 
 # fuzz_program NAME ARGUMENT...: with libFuzzer's arguments.
 fuzz_program() {
-  local -a words=()
-  [[ -f fuzz/$1.dict ]] && words=("-dict=fuzz/$1.dict")
+  local -a options=("${fuzz_options[@]}" "-artifact_prefix=build/fuzz/findings/$1-")
+  [[ -f fuzz/$1.dict ]] && options+=("-dict=fuzz/$1.dict")
   mkdir -p build/fuzz/findings
   export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:malloc_context_size=12 UBSAN_OPTIONS=print_stacktrace=1
-  "build/fuzz/fuzz/fuzz-$1" "${fuzz_options[@]}" "${words[@]}" "${@:2}"
+  "build/fuzz/fuzz/fuzz-$1" "${options[@]}" "${@:2}"
 }
 
 # fuzz_bounded NAME RUNS: the seeds first, then what a fixed random sequence makes of them: the same every time.
