@@ -12,6 +12,7 @@
 #include "fuzz/promise.hpp"
 #include "linux/path_daemon.hpp"
 #include "linux/text.hpp"
+#include "runtime/signals.hpp"
 
 using namespace tavrenix::sys;
 using tavrenix::fuzz::expect;
@@ -41,6 +42,7 @@ class Listener {
   const std::string& name() const { return name_; }
   // Takes one command and sends the bytes. stays: hangs up only after the other side has.
   void serve(std::string_view bytes, bool stays) const {
+    const ob::AllSignalsBlocked blocked;  // libFuzzer's alarms go to the side that must bear them
     const int talk = ::accept(file_, nullptr, nullptr);
     char command[600];
     expect(::recv(talk, command, sizeof command, 0) > 0, "a command comes first");
