@@ -2,7 +2,7 @@
 # The Debian packages that the verbs need, and their installation. Nothing else in the tree calls apt-get.
 
 declare -A packages
-packages[build]="g++ cmake ninja-build pkg-config nlohmann-json3-dev libdevmapper-dev libudev-dev"
+packages[build]="g++ cmake ninja-build pkg-config nlohmann-json3-dev"
 packages[test]="${packages[build]} gcc libgtest-dev libgmock-dev python3 python3-cram zsh"
 packages[package]="${packages[build]} debhelper dpkg-dev fakeroot git lintian"
 packages[bench]="${packages[build]} libbenchmark-dev"
