@@ -7,6 +7,7 @@ fuzz_programs=(
   "image               20000"
   "command_line        30000"
   "linux_machine       10000"
+  "device_mapper_answers 100000"
   "device_mapper_lines 120000"
   "daemon_replies      80000"
   "uevents             120000"
