@@ -5,6 +5,7 @@
 #include "lab/value_text.hpp"
 #include "linux/block_stat.hpp"
 #include "linux/device_number.hpp"
+#include "linux/disk_counters.hpp"
 #include "linux/path_state.hpp"
 #include "linux/place.hpp"
 #include "linux/udev_record.hpp"
@@ -37,6 +38,13 @@ void expectUuid(std::string_view uuid) {
   expect(!bytes || (!bytes->empty() && bytes->size() <= 64), "a designator is bounded");
 }
 
+void expectCounters(std::string_view table) {
+  DiskCounters counters{std::string(table)};
+  const auto own = counters.take({8, 0});
+  expect(!own || own->size() <= table.size(), "a device's counters stand in the table");
+  expect(!own || (counters.taken({8, 0}) && !counters.take({8, 0})), "counters are told once");
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -52,6 +60,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     expect(parseDeviceNumber(device->text()) == device, "a device's number is read as written");
   }
   parseBlockStat(text);
+  expectCounters(text);
   const auto state = pathStateByte(text, text, false);
   expect((state & 0x70) == 0, "bits without a meaning are not set");
   if (const auto bytes = tavrenix::lab::bytesFromHex(text)) {

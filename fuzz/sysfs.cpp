@@ -29,24 +29,26 @@ const char* const kFiles[] = {
     "sys/class/fc_host/host3/port_name",
     "sys/class/iscsi_host/host4/initiatorname",
     "run/udev/data/b254:0",
+    "proc/diskstats",
 };
 
 }  // namespace
 
 Sysfs::Sysfs() : root_(scratchFolder()) {
-  addDevice("8:0", "sys/devices/host3/rport-3:0-1/target3:0:1/3:0:1:5/block/sda");
-  addDevice("8:16", "sys/devices/host4/target4:0:0/4:0:0:0/block/sdb");
-  addDevice("254:0", "sys/devices/virtual/block/dm-0");
+  addDevice("8:0", "devices/host3/rport-3:0-1/target3:0:1/3:0:1:5/block/sda");
+  addDevice("8:16", "devices/host4/target4:0:0/4:0:0:0/block/sdb");
+  addDevice("254:0", "devices/virtual/block/dm-0");
   for (const char* file : kFiles) std::filesystem::create_directories((root_ / file).parent_path());
 }
 
 void Sysfs::addDevice(const std::string& number, const std::string& folder) const {
   namespace fs = std::filesystem;
-  for (const char* inside : {"holders", "slaves"}) fs::create_directories(root_ / folder / inside);
+  const fs::path whole = root_ / "sys" / folder;
+  for (const char* inside : {"holders", "slaves"}) fs::create_directories(whole / inside);
   // As in sysfs: "device" leads to the SCSI device above the folder "block".
-  fs::create_directory_symlink("../..", root_ / folder / "device");
+  fs::create_directory_symlink("../..", whole / "device");
   fs::create_directories(root_ / "sys/dev/block");
-  fs::create_directory_symlink("../../../" + folder, root_ / "sys/dev/block" / number);
+  fs::create_directory_symlink("../../" + folder, root_ / "sys/dev/block" / number);
 }
 
 void Sysfs::write(FuzzedDataProvider& input) const {
