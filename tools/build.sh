@@ -12,8 +12,9 @@ configure_quietly() {
   logged "$1-configure" cmake -S . -B "build/$1" -G Ninja "${launcher[@]}" "${@:2}"
 }
 
+# compile NAME OPTION...: builds build/NAME, as CMake's options say.
 compile_quietly() {
-  logged "$1-build" cmake --build "build/$1" -j "$jobs"
+  logged "$1-build" cmake --build "build/$1" -j "$jobs" "${@:2}"
 }
 
 configure() {
@@ -23,7 +24,7 @@ configure() {
 
 compile() {
   step "building build/$1 with $jobs jobs (output in $logs/$1-build.log)"
-  progress=build_progress compile_quietly "$1"
+  progress=build_progress compile_quietly "$@"
 }
 
 # tracked PATTERN...: the files of the tree that match, each ended by a NUL. A tree of another owner is read as well.

@@ -6,9 +6,10 @@ packages[build]="g++ cmake ninja-build pkg-config nlohmann-json3-dev"
 packages[test]="${packages[build]} gcc libgtest-dev libgmock-dev python3 python3-cram zsh"
 packages[package]="${packages[build]} debhelper dpkg-dev fakeroot git lintian"
 packages[bench]="${packages[build]} libbenchmark-dev"
+packages[fuzz]="${packages[build]} clang libclang-rt-14-dev"
 packages[kernel]="${packages[build]} qemu-system-x86 cpio"
 packages[format]="clang-format git"
-packages[check]="${packages[test]} ${packages[format]} clang clang-tidy libclang-rt-14-dev valgrind mandoc man-db groff ${packages[package]} mmdebstrap"
+packages[check]="${packages[test]} ${packages[format]} ${packages[fuzz]} clang-tidy valgrind mandoc man-db groff ${packages[package]} mmdebstrap"
 
 package_installed() {
   dpkg-query -W -f='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed
