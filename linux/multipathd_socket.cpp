@@ -44,6 +44,12 @@ class Socket {
     return ::connect(file_, reinterpret_cast<const sockaddr*>(&address),
                      static_cast<socklen_t>(length)) == 0;
   }
+  // The user who listened there first, which the kernel has noted.
+  bool belongsTo(uid_t user) const {
+    ucred peer{};
+    socklen_t length = sizeof peer;
+    return ::getsockopt(file_, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0 && peer.uid == user;
+  }
   bool send(const std::string& bytes) {
     return ::send(file_, bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
            static_cast<ssize_t>(bytes.size());
@@ -79,7 +85,11 @@ Answer<DaemonReply> MultipathdSocket::ask(const std::string& command) {
   if (!frame) return {-EMSGSIZE, {}};
   for (const auto& address : addresses_) {
     Socket socket(patience_);
-    if (socket.connect(address)) return talk(socket, *frame);
+    if (socket.connect(address)) {
+      // Any user may take an abstract name that the daemon does not hold.
+      if (!socket.belongsTo(user_)) continue;
+      return talk(socket, *frame);
+    }
     // Nobody listens there; any other reason is one to tell.
     if (errno != ECONNREFUSED && errno != ENOENT) return {lastError(), {}};
   }

@@ -66,7 +66,7 @@ std::string framed(std::string_view text) {
 TEST(MultipathdSocket, CarriesACommandAndItsReply) {
   Daemon daemon(framed("ok\n\0"sv));
   // The first address is where nobody listens.
-  MultipathdSocket socket({"@tavrenix-nobody", daemon.name()}, 5s);
+  MultipathdSocket socket({"@tavrenix-nobody", daemon.name()}, 5s, ::geteuid());
   const auto answer = socket.ask("fail path sda");
   EXPECT_EQ(answer.status, 0);
   EXPECT_EQ(answer.value, DaemonReply::kDone);
@@ -80,15 +80,22 @@ TEST(MultipathdSocket, TellsThatNoDaemonRuns) {
 
 TEST(MultipathdSocket, GivesUpOnADaemonThatIsSilent) {
   Daemon daemon("", false);
-  MultipathdSocket socket({daemon.name()}, 50ms);
+  MultipathdSocket socket({daemon.name()}, 50ms, ::geteuid());
   EXPECT_EQ(socket.ask("fail path sda").status, -ETIMEDOUT);
+}
+
+TEST(MultipathdSocket, PassesOverWhatAnotherUserListensOn) {
+  Daemon usurper(framed("ok\n\0"sv));
+  MultipathdSocket socket({usurper.name()}, 5s, ::geteuid() + 1);
+  EXPECT_EQ(socket.ask("fail path sda").status, -ENOENT);
+  EXPECT_EQ(usurper.received(), "") << "not even the command is for it";
 }
 
 TEST(MultipathdSocket, TrustsNoReply) {
   const std::string replies[] = {"", "abc", framed("ok", 100), framed("", std::size_t(-1))};
   for (const auto& reply : replies) {
     Daemon daemon(reply);
-    MultipathdSocket socket({daemon.name()}, 5s);
+    MultipathdSocket socket({daemon.name()}, 5s, ::geteuid());
     EXPECT_LT(socket.ask("fail path sda").status, 0) << reply.size();
   }
   EXPECT_LT(MultipathdSocket({}, 5s).ask(std::string(600, 'x')).status, 0);
