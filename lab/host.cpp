@@ -138,8 +138,11 @@ std::uint32_t SimulatedHost::generationOf(const Image& next, bool moved) {
   const std::uint32_t shown = memory_.tunable().generation();
   const bool asBefore = next.generation() == image_.generation() && shown != 0;
   const std::uint32_t wanted = asBefore ? shown : next.generation();
-  if (!moved || wanted != shown) return wanted;
-  return std::max(shown + 1, 1U);  // past the last number comes the first
+  if (!moved && wanted == shown) return shown;
+  // Never a number from before: a client may have taken note of any of them, and would not look
+  // again. Past the last number comes the first.
+  newest_ = wanted > newest_ ? wanted : std::max(newest_ + 1, 1U);
+  return newest_;
 }
 
 // A class that the host shows entries of, or derives others from, keeps its base.

@@ -37,7 +37,7 @@ class SimulatedHost {
   KernelStatus write(EntryID entryID, const ob::String& name, const ob::Object& value);
   // Makes the live host show next instead of what it shows, by as few arrivals and departures as
   // can be: an entry stays unless it went or its class is another one. What moved is shown under
-  // another generation than before.
+  // a generation that was not shown before.
   void adopt(Image next, bool moved);
   std::uint32_t generationOf(const Image& next, bool moved);
   // Takes out what the file no longer has; whether there was anything.
@@ -58,6 +58,7 @@ class SimulatedHost {
   std::string resolvedPath_;
   Image image_;
   ob::NumberMap<bool> departed_;  // of image_, but taken out already
+  std::uint32_t newest_ = 0;      // the generation that was last new
 };
 
 // The one of this process; sharedHost() is its memory().
