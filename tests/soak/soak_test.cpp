@@ -29,7 +29,7 @@ constexpr std::uint64_t kOperationsOfAStorm = 50'000;
 constexpr std::uint64_t kTurnsStream = 3;
 constexpr std::uint64_t kFirstClientStream = 4;
 // Lister, changer, listener, hand.
-constexpr Turns::Weights kWeights = {10, 5, 5, 1};
+constexpr Turns::Weights kWeights = {20, 10, 10, 1};
 
 // Every write of the driver waits for the disk, where there is one.
 std::filesystem::path folder() {
