@@ -31,6 +31,19 @@ std::optional<std::string> readToEnd(int file) {
   return content;
 }
 
+// Reads until nothing comes: a table of /proc gives about a page at a time.
+std::optional<std::string> readTableToEnd(int file) {
+  std::string content;
+  char buffer[16384];
+  while (content.size() < HostFiles::kMostTableBytes) {
+    const ssize_t got = ::read(file, buffer, sizeof buffer);
+    if (got < 0) return std::nullopt;
+    if (got == 0) break;
+    content.append(buffer, static_cast<std::size_t>(got));
+  }
+  return content;
+}
+
 // Closes files whose numbers run on with one call: all numbers in between are ours, so no other
 // thread can have them.
 void closeAll(const int* files, std::size_t count) {
@@ -51,6 +64,14 @@ void closeAll(const int* files, std::size_t count) {
 std::optional<std::string> HostFiles::read(const std::string& path) const {
   std::optional<std::string> content;
   readAll(&path, &content, 1);
+  return content;
+}
+
+std::optional<std::string> HostFiles::readTable(const std::string& path) const {
+  const int file = openForReading(root_ + path);
+  if (file < 0) return std::nullopt;
+  auto content = readTableToEnd(file);
+  ::close(file);
   return content;
 }
 
@@ -92,7 +113,7 @@ bool HostFiles::exists(const std::string& path) const {
 
 std::optional<std::uint64_t> HostFiles::inode(const std::string& path) const {
   struct stat found {};
-  if (::stat((root_ + path).c_str(), &found) != 0) return std::nullopt;
+  if (::lstat((root_ + path).c_str(), &found) != 0) return std::nullopt;
   return static_cast<std::uint64_t>(found.st_ino);
 }
 

@@ -65,6 +65,8 @@ void Machine::forgetAll() {
   units_.clear();
   statuses_.clear();
   labels_.clear();
+  counterQuestions_ = 0;
+  counters_ = {};
   burst_.checked();
 }
 
@@ -160,14 +162,30 @@ Identity Machine::identityOfPath(EntryID path) {
   return verify(path) ? readIdentity(nameOf(path).device()) : Identity{};
 }
 
-std::optional<Place> Machine::place(EntryID path) {
+std::shared_ptr<const Place> Machine::place(EntryID path) {
   const Question question(*this);
-  if (nameOf(path).kind != Kind::kPath || !verify(path)) return std::nullopt;
-  if (const Place* known = places_.find(path)) return *known;
+  if (nameOf(path).kind != Kind::kPath || !verify(path)) return nullptr;
+  if (const auto* known = places_.find(path)) return *known;
   const auto link = files_.link(folderOf(nameOf(path).device()));
-  auto place = link ? parsePlace(*link) : std::nullopt;
-  if (place) places_.set(path, *place);
+  auto read = link ? parsePlace(*link) : std::nullopt;
+  if (!read) return nullptr;
+  const auto place = std::make_shared<const Place>(std::move(*read));
+  places_.set(path, place);
   return place;
+}
+
+std::optional<std::string> Machine::counters(EntryID id) {
+  // Who asks about a few devices is not made to wait for the counters of all.
+  constexpr std::size_t kFewQuestions = 8;
+  const Question question(*this);
+  if (!verify(id)) return std::nullopt;
+  const DeviceNumber device = nameOf(id).device();
+  const std::size_t asked = counterQuestions_++;
+  if (asked == kFewQuestions || (asked > kFewQuestions && counters_.taken(device))) {
+    counters_ = DiskCounters(files_.readTable("/proc/diskstats").value_or(""));
+  }
+  auto counters = counters_.take(device);
+  return counters ? counters : files_.read(folderOf(device) + "/stat");
 }
 
 std::optional<std::string> Machine::label(EntryID medium) {

@@ -141,13 +141,14 @@ struct NumberKeyTraits {
   static std::uint64_t view(std::uint64_t key) noexcept { return key; }
   static bool same(std::uint64_t a, std::uint64_t b) noexcept { return a == b; }
   // Entry IDs run on: sixteen in a row share a line of the cache. What is above is mixed well (the
-  // finaliser of SplitMix64), so that other regular patterns do not cluster.
+  // finaliser of SplitMix64), so that other regular patterns do not cluster; nor do IDs that go up in
+  // steps of sixteen, as disks are numbered: their place in the line comes from the bits above.
   static std::size_t hash(std::uint64_t key) noexcept {
     std::uint64_t group = key >> 4;
     group = (group ^ (group >> 30)) * 0xBF58476D1CE4E5B9ULL;
     group = (group ^ (group >> 27)) * 0x94D049BB133111EBULL;
     group ^= group >> 31;
-    return static_cast<std::size_t>(group << 4 | (key & 15));
+    return static_cast<std::size_t>(group << 4 | ((key ^ (key >> 4)) & 15));
   }
 };
 
