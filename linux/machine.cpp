@@ -33,6 +33,7 @@ class Machine::Question {
     if (!machine.burst_.goesOn()) {
       machine.forgetAll();
     } else if (machine.burst_.needsCheck()) {
+      if (machine.burst_.paused()) machine.forgetWhatNothingTellsOf();
       machine.readGeneration();
     }
   }
@@ -64,10 +65,14 @@ void Machine::forgetAll() {
   inodes_.clear();
   units_.clear();
   statuses_.clear();
+  forgetWhatNothingTellsOf();
+  burst_.checked();
+}
+
+void Machine::forgetWhatNothingTellsOf() {
   labels_.clear();
   counterQuestions_ = 0;
   counters_ = {};
-  burst_.checked();
 }
 
 std::uint32_t Machine::readGeneration() {

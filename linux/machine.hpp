@@ -83,6 +83,7 @@ class Machine {
 
   // These hold mutex_ already.
   void forgetAll();
+  void forgetWhatNothingTellsOf();
   std::uint32_t readGeneration();
   std::optional<std::uint64_t> inodeOf(EntryName name);
   bool verify(EntryID id);
