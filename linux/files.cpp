@@ -13,8 +13,9 @@ namespace tavrenix::sys {
 
 namespace {
 
+// The folders on the way may be links of sysfs; what is read never is one.
 int openForReading(const std::string& path) {
-  return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
 }
 
 // Reads until the file ends; a short read ends an attribute of sysfs, so most take one call.

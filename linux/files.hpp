@@ -24,7 +24,8 @@ class HostFiles {
   // root without a slash at its end; empty for the machine itself.
   explicit HostFiles(std::string root = {}) : root_(std::move(root)) {}
 
-  // The content, cut at kMostBytes. Nothing where the file is not there or cannot be read.
+  // The content, cut at kMostBytes. Nothing where the file is not there or cannot be read, and
+  // where it is a symbolic link itself.
   std::optional<std::string> read(const std::string& path) const;
   // The same of a table of /proc, which takes many reads and has no bound but its number of lines.
   std::optional<std::string> readTable(const std::string& path) const;

@@ -52,6 +52,12 @@ class Socket {
     } while (result != 0 && errno == EINTR && Clock::now() < end);
     return result == 0;
   }
+  // The user who listened there first, which the kernel has noted.
+  bool belongsTo(uid_t user) const {
+    ucred peer{};
+    socklen_t length = sizeof peer;
+    return ::getsockopt(file_, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0 && peer.uid == user;
+  }
   // There is room for a command, so nothing is waited for.
   bool send(const std::string& bytes) {
     return ::send(file_, bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
@@ -101,7 +107,11 @@ Answer<DaemonReply> MultipathdSocket::ask(const std::string& command) {
   if (!frame) return {-EMSGSIZE, {}};
   for (const auto& address : addresses_) {
     Socket socket(patience_);
-    if (socket.connect(address)) return talk(socket, *frame);
+    if (socket.connect(address)) {
+      // Any user may take an abstract name that the daemon does not hold.
+      if (!socket.belongsTo(user_)) continue;
+      return talk(socket, *frame);
+    }
     // Nobody listens there; any other reason is one to tell.
     if (errno != ECONNREFUSED && errno != ENOENT) return {lastError(), {}};
   }

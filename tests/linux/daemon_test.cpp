@@ -77,7 +77,7 @@ std::string framed(std::string_view text) {
 TEST(MultipathdSocket, CarriesACommandAndItsReply) {
   Daemon daemon(framed("ok\n\0"sv));
   // The first address is where nobody listens.
-  MultipathdSocket socket({"@tavrenix-nobody", daemon.name()}, 5s);
+  MultipathdSocket socket({"@tavrenix-nobody", daemon.name()}, 5s, ::geteuid());
   const auto answer = socket.ask("fail path sda");
   EXPECT_EQ(answer.status, 0);
   EXPECT_EQ(answer.value, DaemonReply::kDone);
@@ -91,13 +91,13 @@ TEST(MultipathdSocket, TellsThatNoDaemonRuns) {
 
 TEST(MultipathdSocket, GivesUpOnADaemonThatIsSilent) {
   Daemon daemon("", Then::kWaits);
-  MultipathdSocket socket({daemon.name()}, 50ms);
+  MultipathdSocket socket({daemon.name()}, 50ms, ::geteuid());
   EXPECT_EQ(socket.ask("fail path sda").status, -ETIMEDOUT);
 }
 
 TEST(MultipathdSocket, DoesNotWaitForAnEmptyReply) {
   Daemon daemon(framed(""), Then::kWaits);
-  MultipathdSocket socket({daemon.name()}, 5s);
+  MultipathdSocket socket({daemon.name()}, 5s, ::geteuid());
   const auto answer = socket.ask("fail path sda");
   EXPECT_EQ(answer.status, 0);
   EXPECT_EQ(answer.value, DaemonReply::kUnknown);
@@ -112,18 +112,25 @@ TEST(MultipathdSocket, IsNotDisturbedBySignals) {
   Daemon daemon(framed("ok\n\0"sv), Then::kHangsUp, [&] {
     for (int i = 0; i < 20; ++i) ::pthread_kill(asking, SIGUSR1);
   });
-  const auto answer = MultipathdSocket({daemon.name()}, 5s).ask("fail path sda");
+  const auto answer = MultipathdSocket({daemon.name()}, 5s, ::geteuid()).ask("fail path sda");
   EXPECT_EQ(answer.status, 0);
   EXPECT_EQ(answer.value, DaemonReply::kDone);
   daemon.received();  // its thread sends no more signals then
   ::sigaction(SIGUSR1, &before, nullptr);
 }
 
+TEST(MultipathdSocket, PassesOverWhatAnotherUserListensOn) {
+  Daemon usurper(framed("ok\n\0"sv));
+  MultipathdSocket socket({usurper.name()}, 5s, ::geteuid() + 1);
+  EXPECT_EQ(socket.ask("fail path sda").status, -ENOENT);
+  EXPECT_EQ(usurper.received(), "") << "not even the command is for it";
+}
+
 TEST(MultipathdSocket, TrustsNoReply) {
   const std::string replies[] = {"", "abc", framed("ok", 100), framed("", std::size_t(-1))};
   for (const auto& reply : replies) {
     Daemon daemon(reply);
-    MultipathdSocket socket({daemon.name()}, 5s);
+    MultipathdSocket socket({daemon.name()}, 5s, ::geteuid());
     EXPECT_LT(socket.ask("fail path sda").status, 0) << reply.size();
   }
   EXPECT_LT(MultipathdSocket({}, 5s).ask(std::string(600, 'x')).status, 0);

@@ -38,6 +38,14 @@ TEST(HostFiles, ToldOfWhatIsNotThereAnswersNothing) {
   EXPECT_TRUE(files.names("/sys/none").empty());
 }
 
+TEST(HostFiles, FollowsFoldersButNoFile) {
+  const CopiedMachine copy("states");
+  std::filesystem::create_symlink("block/sda/size", copy.root / "sys/link");
+  const sys::HostFiles files(copy.root.string());
+  EXPECT_TRUE(files.read("/sys/dev/block/8:0/size"));  // 8:0 is a link to a folder
+  EXPECT_FALSE(files.read("/sys/link"));
+}
+
 TEST(HostFiles, LeavesNothingOpenAndBoundsWhatItReads) {
   const CopiedMachine copy("states");
   copy.write("/long", std::string(300000, 'x'));
