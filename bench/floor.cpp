@@ -131,9 +131,9 @@ void Floor::unitProperties(std::uint64_t unit) const {
   benchmark::ClobberMemory();
 }
 
-void Floor::pathProperties(std::uint64_t unit) const {
+void Floor::pathProperties(std::uint64_t unit, std::uint64_t path) const {
   char row[256];
-  readPath(units_[unit], 0, row, sizeof row);
+  readPath(units_[unit], path, row, sizeof row);
   benchmark::ClobberMemory();
 }
 

@@ -24,7 +24,7 @@ class Floor {
   void info(std::FILE* out) const;
   // What one copy of a unit's, of a path's properties reads.
   void unitProperties(std::uint64_t unit) const;
-  void pathProperties(std::uint64_t unit) const;
+  void pathProperties(std::uint64_t unit, std::uint64_t path) const;
 
  private:
   struct Media {

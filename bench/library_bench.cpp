@@ -4,6 +4,7 @@
 #include <tavrenix/mpio.h>
 
 #include <memory>
+#include <vector>
 
 #include "bench/allocation.hpp"
 #include "bench/floor.hpp"
@@ -81,33 +82,52 @@ void info(benchmark::State& state) {
   for (auto _ : state) runTool({"tavrenix", "info", "-i", identifier.c_str()});
 }
 
-// Copies the properties of one element after the other.
-void copyProperties(benchmark::State& state, ObArrayRef elements,
-                    ObDictionaryRef (*copy)(const void*)) {
-  const std::size_t count = ObArrayGetCount(elements);
-  std::size_t next = 0;
+using Elements = std::vector<ObTypeRef>;  // borrowed: the manager keeps them while nothing moves
+
+void append(Elements& elements, ObArrayRef array) {
+  const std::size_t count = ObArrayGetCount(array);
+  for (std::size_t i = 0; i < count; ++i) elements.push_back(ObArrayGetValueAtIndex(array, i));
+  ObRelease(array);
+}
+
+Elements allUnits() {
+  Elements units;
+  append(units, MPIOCopyLogicalUnits());
+  return units;
+}
+
+Elements allPaths() {
+  Elements paths;
+  for (ObTypeRef unit : allUnits()) {
+    append(paths, MPIOLogicalUnitCopyPaths(static_cast<MPIOLogicalUnitRef>(unit)));
+  }
+  return paths;
+}
+
+// In each iteration the next of that many.
+template <class Work>
+void inTurn(benchmark::State& state, std::uint64_t count, Work work) {
+  std::uint64_t next = 0;
   for (auto _ : state) {
-    ObRelease(copy(ObArrayGetValueAtIndex(elements, next)));
+    work(next);
     next = next + 1 == count ? 0 : next + 1;
   }
-  ObRelease(elements);
 }
 
 void unitProperties(benchmark::State& state) {
   hostFor(state);
-  copyProperties(state, MPIOCopyLogicalUnits(), [](const void* unit) {
-    return MPIOLogicalUnitCopyProperties(static_cast<MPIOLogicalUnitRef>(unit));
+  const Elements units = allUnits();
+  inTurn(state, units.size(), [&](std::uint64_t at) {
+    ObRelease(MPIOLogicalUnitCopyProperties(static_cast<MPIOLogicalUnitRef>(units[at])));
   });
 }
 
 void pathProperties(benchmark::State& state) {
   hostFor(state);
-  ObArrayRef units = MPIOCopyLogicalUnits();
-  const auto* first = static_cast<MPIOLogicalUnitRef>(ObArrayGetValueAtIndex(units, 0));
-  copyProperties(state, MPIOLogicalUnitCopyPaths(first), [](const void* path) {
-    return MPIOLogicalUnitPathCopyProperties(static_cast<MPIOLogicalUnitPathRef>(path));
+  const Elements paths = allPaths();
+  inTurn(state, paths.size(), [&](std::uint64_t at) {
+    ObRelease(MPIOLogicalUnitPathCopyProperties(static_cast<MPIOLogicalUnitPathRef>(paths[at])));
   });
-  ObRelease(units);
 }
 
 // The floor over the same storage, kept for as long as that storage stands.
@@ -177,11 +197,14 @@ void registerLibraryBenchmarks() {
     });
     add("unit_properties", size, unitProperties);
     add("unit_properties_floor", size, [](benchmark::State& state) {
-      floorOf(state, [](const Floor& floor) { floor.unitProperties(0); });
+      const Floor& floor = floorFor(state);
+      inTurn(state, unitsOf(state), [&](std::uint64_t unit) { floor.unitProperties(unit); });
     });
     add("path_properties", size, pathProperties);
     add("path_properties_floor", size, [](benchmark::State& state) {
-      floorOf(state, [](const Floor& floor) { floor.pathProperties(0); });
+      const Floor& floor = floorFor(state);
+      inTurn(state, unitsOf(state) * kPaths,
+             [&](std::uint64_t path) { floor.pathProperties(path / kPaths, path % kPaths); });
     });
   }
 }

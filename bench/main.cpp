@@ -2,6 +2,7 @@
 // output.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -11,7 +12,15 @@
 #include "bench/library_bench.hpp"
 #include "bench/notifications.hpp"
 
+// Memory that was freed stays with the process. Otherwise a first scan of many units would be given
+// new pages each time, and one of few never.
+static void keepFreedMemory() {
+  mallopt(M_TRIM_THRESHOLD, -1);  // never give the top of the heap back
+  mallopt(M_MMAP_MAX, 0);         // large blocks from the heap too
+}
+
 int main(int argc, char** argv) {
+  keepFreedMemory();
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
   std::FILE* out = fdopen(dup(STDOUT_FILENO), "w");

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <system_error>
 #include <thread>
 
@@ -47,10 +46,10 @@ void SimulatedHost::load(const std::string& path) {
   });
 }
 
-void SimulatedHost::reload() {
+void SimulatedHost::reload(std::chrono::milliseconds patience) {
   // What listens rescans after each kind of departure, and a unit's end would take its paths along.
-  if (removeDeparted(true)) waitUntilTold();
-  if (removeDeparted(false)) waitUntilTold();
+  if (removeDeparted(true)) waitUntilTold(patience);
+  if (removeDeparted(false)) waitUntilTold(patience);
   const Lock lock(changing_);
   onFile(path_, [&] {
     Image next = parse(readImageFile(resolvedPath_));
@@ -77,10 +76,9 @@ bool SimulatedHost::removeDeparted(bool pathsOnly) {
 
 // Not under the lock: a client may be within a call that changes something. One that never comes to
 // take up what it is told of does not hold up the others for longer than this.
-void SimulatedHost::waitUntilTold() {
-  constexpr auto kStep = std::chrono::milliseconds(1);
-  constexpr int kMostSteps = 1000;
-  for (int i = 0; i < kMostSteps && !memory_.registry().notificationsAreSettled(); ++i) {
+void SimulatedHost::waitUntilTold(std::chrono::milliseconds patience) {
+  constexpr std::chrono::milliseconds kStep(1);
+  for (; patience >= kStep && !memory_.registry().notificationsAreSettled(); patience -= kStep) {
     std::this_thread::sleep_for(kStep);
   }
 }
@@ -140,8 +138,11 @@ std::uint32_t SimulatedHost::generationOf(const Image& next, bool moved) {
   const std::uint32_t shown = memory_.tunable().generation();
   const bool asBefore = next.generation() == image_.generation() && shown != 0;
   const std::uint32_t wanted = asBefore ? shown : next.generation();
-  if (!moved || wanted != shown) return wanted;
-  return std::max(shown + 1, 1U);  // past the last number comes the first
+  if (!moved && wanted == shown) return shown;
+  // Never a number from before: a client may have taken note of any of them, and would not look
+  // again. Past the last number comes the first.
+  newest_ = wanted > newest_ ? wanted : std::max(newest_ + 1, 1U);
+  return newest_;
 }
 
 // A class that the host shows entries of, or derives others from, keeps its base.

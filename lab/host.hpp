@@ -4,6 +4,7 @@
 // Threads: every operation may be called on any thread; changes are made one after the other.
 #pragma once
 
+#include <chrono>
 #include <functional>
 
 #include "lab/image.hpp"
@@ -27,7 +28,8 @@ class SimulatedHost {
   // Reads the file again. As load in its failures. Clients are told of departures first, and get
   // some time to take them up, before the generation moves and their handles are forgotten. The
   // generation moves with every change, also where the file does not say so.
-  void reload();
+  static constexpr std::chrono::milliseconds kPatience{1000};
+  void reload(std::chrono::milliseconds patience = kPatience);
 
   memory::MemoryHost& memory() noexcept { return memory_; }
 
@@ -35,12 +37,12 @@ class SimulatedHost {
   KernelStatus write(EntryID entryID, const ob::String& name, const ob::Object& value);
   // Makes the live host show next instead of what it shows, by as few arrivals and departures as
   // can be: an entry stays unless it went or its class is another one. What moved is shown under
-  // another generation than before.
+  // a generation that was not shown before.
   void adopt(Image next, bool moved);
   std::uint32_t generationOf(const Image& next, bool moved);
   // Takes out what the file no longer has; whether there was anything.
   bool removeDeparted(bool pathsOnly);
-  void waitUntilTold();
+  void waitUntilTold(std::chrono::milliseconds patience);
   bool stays(const ImageEntry& old, const Image& next) const;
   // The image in text; throws ImageError where the live host could not show it.
   Image parse(std::string_view text) const;
@@ -56,6 +58,7 @@ class SimulatedHost {
   std::string resolvedPath_;
   Image image_;
   ob::NumberMap<bool> departed_;  // of image_, but taken out already
+  std::uint32_t newest_ = 0;      // the generation that was last new
 };
 
 // The one of this process; sharedHost() is its memory().

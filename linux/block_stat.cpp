@@ -23,15 +23,14 @@ enum Field : std::size_t {
 }  // namespace
 
 std::optional<SCSILogicalUnitStatistics> parseBlockStat(std::string_view text) {
-  const auto words = splitWords(text, kMostNumbers);
-  if (!words || words->size() < kFewestNumbers) return std::nullopt;
-  std::vector<std::uint64_t> numbers;
-  for (const auto word : *words) {
+  std::uint64_t numbers[kMostNumbers] = {};  // absent counters count nothing
+  std::size_t count = 0;
+  for (auto word = takeWord(text); !word.empty(); word = takeWord(text)) {
     const auto number = parseNumber(word);
-    if (!number) return std::nullopt;
-    numbers.push_back(*number);
+    if (!number || count == kMostNumbers) return std::nullopt;
+    numbers[count++] = *number;
   }
-  numbers.resize(kMostNumbers);  // absent counters count nothing
+  if (count < kFewestNumbers) return std::nullopt;
   return SCSILogicalUnitStatistics{
       .bytesSent = numbers[kSectorsWritten] * kBytesPerSector,
       .bytesReceived = numbers[kSectorsRead] * kBytesPerSector,

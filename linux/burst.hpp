@@ -2,14 +2,13 @@
 //
 // A scan asks some ten questions about each unit, and most of the answers come out of the same few
 // reads. So what was read is kept for one burst of questions, and no longer:
-//  - a burst ends when nobody has asked for kPause. A caller who does anything about storage
-//  between two
-//    questions takes longer, and so finds it done;
-//  - in a longer burst the generation is looked at every kInterval, and everything is forgotten
-//  where it has
-//    changed; likewise whenever a caller asks for the generation;
-//  - the host's own changes end it.
-// Counters and states of paths' disks are never kept.
+//  - a burst ends when nobody has asked for a hundred pauses, and with the host's own changes;
+//  - in it, the generation is looked at every kInterval, after each pause and whenever a caller
+//    asks for it, and everything is forgotten where it has changed. So who changes the storage
+//    between two questions finds it changed, and who was made to wait for the processor reads
+//    nothing twice;
+//  - what no generation tells of, counters and labels, is kept until the next pause at the most,
+//    and the states of paths' disks never.
 #pragma once
 
 #include <chrono>
@@ -26,12 +25,16 @@ class Burst {
   explicit Burst(Clock::duration pause) noexcept : pause_(pause) {}
 
   // Whether a question that begins now belongs to the burst of the last answer.
-  bool goesOn() const { return Clock::now() - lastAnswer_ < pause_; }
-  bool needsCheck() const { return Clock::now() - lastCheck_ >= kInterval; }
+  bool goesOn() const { return sinceAnswer() < 100 * pause_; }
+  // Whether it comes after a pause in the burst.
+  bool paused() const { return sinceAnswer() >= pause_; }
+  bool needsCheck() const { return paused() || Clock::now() - lastCheck_ >= kInterval; }
   void answered() { lastAnswer_ = Clock::now(); }
   void checked() { lastCheck_ = Clock::now(); }
 
  private:
+  Clock::duration sinceAnswer() const { return Clock::now() - lastAnswer_; }
+
   Clock::duration pause_;
   Clock::time_point lastAnswer_{};
   Clock::time_point lastCheck_{};

@@ -19,14 +19,19 @@ struct DeviceNumber {
   std::string text() const { return std::to_string(major) + ':' + std::to_string(minor); }
 };
 
-// Nothing where text is not two decimal numbers in range with a colon between.
+// Nothing where they are not two decimal numbers in range.
+inline std::optional<DeviceNumber> deviceNumber(std::string_view major, std::string_view minor) {
+  const auto first = parseNumber(major);
+  const auto second = parseNumber(minor);
+  if (!first || !second || *first >= 1U << 12 || *second >= 1U << 20) return std::nullopt;
+  return DeviceNumber{static_cast<std::uint32_t>(*first), static_cast<std::uint32_t>(*second)};
+}
+
+// The same with a colon between them.
 inline std::optional<DeviceNumber> parseDeviceNumber(std::string_view text) {
   const std::size_t colon = text.find(':');
   if (colon == std::string_view::npos) return std::nullopt;
-  const auto major = parseNumber(text.substr(0, colon));
-  const auto minor = parseNumber(text.substr(colon + 1));
-  if (!major || !minor || *major >= 1U << 12 || *minor >= 1U << 20) return std::nullopt;
-  return DeviceNumber{static_cast<std::uint32_t>(*major), static_cast<std::uint32_t>(*minor)};
+  return deviceNumber(text.substr(0, colon), text.substr(colon + 1));
 }
 
 }  // namespace tavrenix::sys

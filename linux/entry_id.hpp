@@ -2,14 +2,13 @@
 // that number it is.
 //
 //   bits 61 to 63  kind
-//   bits 32 to 60  sequence: the low bits of the inode number of the entry's folder in sysfs. The
-//   kernel
-//                  counts these up for as long as it runs, some hundred for a disk, so that one
-//                  comes again after millions of devices at the earliest, and then under another
-//                  number.
+//   bits 32 to 60  sequence: the low bits of the inode number of the link by which sysfs leads
+//                  from the number to the device. The kernel counts these up for as long as it
+//                  runs, some hundred for a disk, so that one comes again after millions of
+//                  devices at the earliest, and then under another number.
 //   bits  0 to 31  number: of a block device (12 bits major, 20 bits minor) or of a SCSI host
 //
-// So an ID leads straight to its folder, and the folder's inode number tells whether it is still
+// So an ID leads straight to its folder, and the link's inode number tells whether it is still
 // that device. Kernels before 5.5 may give an inode number again: there, and only there, a look-up
 // cannot tell a device from a later one of the same number that happens to have got the same inode.
 #pragma once

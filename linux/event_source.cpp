@@ -114,7 +114,8 @@ std::optional<EventSource::Heard> EventSource::receive() {
     if (errno == EAGAIN || errno == EINTR) return std::nullopt;
     return Heard::kBroken;
   }
-  if (length == 0) return Heard::kBroken;
+  // An event of no bytes has a sender; the end of a socket has none.
+  if (length == 0 && CMSG_FIRSTHDR(&message) == nullptr) return Heard::kBroken;
   if (!isBelieved(message, believed_)) return std::nullopt;
   if ((message.msg_flags & MSG_TRUNC) != 0) return Heard::kChange;  // it may say anything
   const auto event = parseUevent({buffer, static_cast<std::size_t>(length)});

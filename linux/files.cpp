@@ -13,8 +13,9 @@ namespace tavrenix::sys {
 
 namespace {
 
+// The folders on the way may be links of sysfs; what is read never is one.
 int openForReading(const std::string& path) {
-  return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
 }
 
 // Reads until the file ends; a short read ends an attribute of sysfs, so most take one call.
@@ -26,6 +27,19 @@ std::optional<std::string> readToEnd(int file) {
     if (got < 0) return std::nullopt;
     content.append(buffer, static_cast<std::size_t>(got));
     if (static_cast<std::size_t>(got) < sizeof buffer) break;
+  }
+  return content;
+}
+
+// Reads until nothing comes: a table of /proc gives about a page at a time.
+std::optional<std::string> readTableToEnd(int file) {
+  std::string content;
+  char buffer[16384];
+  while (content.size() < HostFiles::kMostTableBytes) {
+    const ssize_t got = ::read(file, buffer, sizeof buffer);
+    if (got < 0) return std::nullopt;
+    if (got == 0) break;
+    content.append(buffer, static_cast<std::size_t>(got));
   }
   return content;
 }
@@ -50,6 +64,14 @@ void closeAll(const int* files, std::size_t count) {
 std::optional<std::string> HostFiles::read(const std::string& path) const {
   std::optional<std::string> content;
   readAll(&path, &content, 1);
+  return content;
+}
+
+std::optional<std::string> HostFiles::readTable(const std::string& path) const {
+  const int file = openForReading(root_ + path);
+  if (file < 0) return std::nullopt;
+  auto content = readTableToEnd(file);
+  ::close(file);
   return content;
 }
 
@@ -91,7 +113,7 @@ bool HostFiles::exists(const std::string& path) const {
 
 std::optional<std::uint64_t> HostFiles::inode(const std::string& path) const {
   struct stat found {};
-  if (::stat((root_ + path).c_str(), &found) != 0) return std::nullopt;
+  if (::lstat((root_ + path).c_str(), &found) != 0) return std::nullopt;
   return static_cast<std::uint64_t>(found.st_ino);
 }
 

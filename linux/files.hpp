@@ -19,13 +19,17 @@ class HostFiles {
   // No attribute of sysfs is longer than a page; records of udev are cut here as well.
   static constexpr std::size_t kMostBytes = 65536;
   static constexpr std::size_t kMostNames = 65536;
+  static constexpr std::size_t kMostTableBytes = std::size_t{64} << 20;
 
   // root without a slash at its end; empty for the machine itself.
   explicit HostFiles(std::string root = {}) : root_(std::move(root)) {}
 
-  // The content, cut at kMostBytes. Nothing where the file is not there or cannot be read.
+  // The content, cut at kMostBytes. Nothing where the file is not there or cannot be read, and
+  // where it is a symbolic link itself.
   std::optional<std::string> read(const std::string& path) const;
-  // The same for several files, in fewer system calls.
+  // The same of a table of /proc, which takes many reads and has no bound but its number of lines.
+  std::optional<std::string> readTable(const std::string& path) const;
+  // As read() for several files, in fewer system calls.
   template <std::size_t N>
   std::array<std::optional<std::string>, N> readTogether(
       const std::array<std::string, N>& paths) const {
@@ -38,8 +42,8 @@ class HostFiles {
   // The names in the folder that can be those of devices, in no order.
   std::vector<std::string> names(const std::string& folder) const;
   bool exists(const std::string& path) const;
-  // The number of the folder's or file's inode, links followed. The kernel gives every object of
-  // sysfs one that it does not give again (64-bit kernels since 5.5).
+  // The number of the inode of a file, a folder or, as they are not followed, a link. The kernel
+  // gives every object of sysfs one that it does not give again (64-bit kernels since 5.5).
   std::optional<std::uint64_t> inode(const std::string& path) const;
 
  private:

@@ -33,6 +33,7 @@ class Machine::Question {
     if (!machine.burst_.goesOn()) {
       machine.forgetAll();
     } else if (machine.burst_.needsCheck()) {
+      if (machine.burst_.paused()) machine.forgetWhatNothingTellsOf();
       machine.readGeneration();
     }
   }
@@ -64,8 +65,14 @@ void Machine::forgetAll() {
   inodes_.clear();
   units_.clear();
   statuses_.clear();
-  labels_.clear();
+  forgetWhatNothingTellsOf();
   burst_.checked();
+}
+
+void Machine::forgetWhatNothingTellsOf() {
+  labels_.clear();
+  counterQuestions_ = 0;
+  counters_ = {};
 }
 
 std::uint32_t Machine::readGeneration() {
@@ -160,14 +167,30 @@ Identity Machine::identityOfPath(EntryID path) {
   return verify(path) ? readIdentity(nameOf(path).device()) : Identity{};
 }
 
-std::optional<Place> Machine::place(EntryID path) {
+std::shared_ptr<const Place> Machine::place(EntryID path) {
   const Question question(*this);
-  if (nameOf(path).kind != Kind::kPath || !verify(path)) return std::nullopt;
-  if (const Place* known = places_.find(path)) return *known;
+  if (nameOf(path).kind != Kind::kPath || !verify(path)) return nullptr;
+  if (const auto* known = places_.find(path)) return *known;
   const auto link = files_.link(folderOf(nameOf(path).device()));
-  auto place = link ? parsePlace(*link) : std::nullopt;
-  if (place) places_.set(path, *place);
+  auto read = link ? parsePlace(*link) : std::nullopt;
+  if (!read) return nullptr;
+  const auto place = std::make_shared<const Place>(std::move(*read));
+  places_.set(path, place);
   return place;
+}
+
+std::optional<std::string> Machine::counters(EntryID id) {
+  // Who asks about a few devices is not made to wait for the counters of all.
+  constexpr std::size_t kFewQuestions = 8;
+  const Question question(*this);
+  if (!verify(id)) return std::nullopt;
+  const DeviceNumber device = nameOf(id).device();
+  const std::size_t asked = counterQuestions_++;
+  if (asked == kFewQuestions || (asked > kFewQuestions && counters_.taken(device))) {
+    counters_ = DiskCounters(files_.readTable("/proc/diskstats").value_or(""));
+  }
+  auto counters = counters_.take(device);
+  return counters ? counters : files_.read(folderOf(device) + "/stat");
 }
 
 std::optional<std::string> Machine::label(EntryID medium) {

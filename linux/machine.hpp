@@ -10,6 +10,7 @@
 
 #include "linux/burst.hpp"
 #include "linux/device_mapper.hpp"
+#include "linux/disk_counters.hpp"
 #include "linux/entry_id.hpp"
 #include "linux/files.hpp"
 #include "linux/host_port.hpp"
@@ -50,11 +51,14 @@ class Machine {
   std::vector<EntryID> pathsOf(const Unit& unit);
   Identity identityOf(EntryID unit);
 
-  // Where a path's disk stands. Nothing where it is gone.
-  std::optional<Place> place(EntryID path);
+  // Where a path's disk stands. Null where it is gone.
+  std::shared_ptr<const Place> place(EntryID path);
   // Asked of the unit that the path was last found in, since it is the unit's: one question serves
   // all of its paths.
   Identity identityOfPath(EntryID path);
+  // The counters of a unit's or a path's device as its file "stat" has them: of this moment, or of
+  // one in this burst that has not been told yet. Nothing where the device is gone.
+  std::optional<std::string> counters(EntryID id);
   std::optional<EntryID> hostOf(EntryID path);
   // As interconnectOf and portIdentifierOf of host_port.hpp.
   std::string interconnectOfPath(EntryID path);
@@ -79,6 +83,7 @@ class Machine {
 
   // These hold mutex_ already.
   void forgetAll();
+  void forgetWhatNothingTellsOf();
   std::uint32_t readGeneration();
   std::optional<std::uint64_t> inodeOf(EntryName name);
   bool verify(EntryID id);
@@ -98,8 +103,10 @@ class Machine {
   ob::NumberMap<std::shared_ptr<const Unit>> units_;
   ob::NumberMap<std::optional<MultipathStatus>> statuses_;
   ob::NumberMap<std::optional<std::string>> labels_;
+  std::size_t counterQuestions_ = 0;
+  DiskCounters counters_;
   // For the life of a device.
-  ob::NumberMap<Place> places_;
+  ob::NumberMap<std::shared_ptr<const Place>> places_;
   ob::NumberMap<Identity> identities_;  // of units
   ob::NumberMap<EntryID> unitOfPath_;
   ob::NumberMap<std::string> interconnects_;                  // of hosts

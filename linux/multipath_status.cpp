@@ -10,7 +10,7 @@ std::optional<StatusPath> readPath(WordReader& reader, std::size_t words) {
   const DeviceNumber device = reader.device();
   const std::string_view state = reader.word();
   reader.number();  // how often it failed
-  reader.words(words);
+  reader.skip(words);
   if (state != "A" && state != "F") return std::nullopt;
   return StatusPath{device, state == "A"};
 }
@@ -19,7 +19,7 @@ std::optional<StatusGroup> readGroup(WordReader& reader) {
   const std::string_view state = reader.word();
   if (state != "A" && state != "D" && state != "E") return std::nullopt;
   StatusGroup group{state.front(), {}};
-  reader.words(reader.count());
+  reader.skip(reader.count());
   const std::size_t paths = reader.count();
   const std::size_t words = reader.count();
   for (std::size_t i = 0; i < paths && !reader.failed(); ++i) {
@@ -43,8 +43,8 @@ std::optional<bool> MultipathStatus::uses(DeviceNumber device) const {
 
 std::optional<MultipathStatus> parseMultipathStatus(std::string_view line) {
   WordReader reader(line);
-  reader.words(reader.count());  // queued ios and handler waits
-  reader.words(reader.count());  // of the handler
+  reader.skip(reader.count());  // queued ios and handler waits
+  reader.skip(reader.count());  // of the handler
   MultipathStatus status;
   const std::size_t groups = reader.count();
   reader.number();  // the current group

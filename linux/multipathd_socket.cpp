@@ -3,6 +3,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
@@ -16,10 +17,12 @@ namespace {
 
 constexpr std::size_t kLongestReply = 65536;
 
+// Signals of the program around interrupt calls whatever its handlers ask for, since there is a
+// time limit. They do not end the talk, nor do they make it last longer than twice its patience.
 class Socket {
  public:
   explicit Socket(std::chrono::milliseconds patience)
-      : file_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+      : patience_(patience), file_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(patience);
     const std::chrono::microseconds rest = patience - seconds;
     const timeval limit{seconds.count(), rest.count()};
@@ -41,20 +44,45 @@ class Socket {
     if (abstract) address.sun_path[0] = '\0';
     // An abstract name has no zero byte behind it: that would be one more byte of the name.
     const std::size_t length = offsetof(sockaddr_un, sun_path) + name.size() + (abstract ? 0 : 1);
-    return ::connect(file_, reinterpret_cast<const sockaddr*>(&address),
-                     static_cast<socklen_t>(length)) == 0;
+    const auto end = Clock::now() + patience_;
+    int result = 0;
+    do {
+      result = ::connect(file_, reinterpret_cast<const sockaddr*>(&address),
+                         static_cast<socklen_t>(length));
+    } while (result != 0 && errno == EINTR && Clock::now() < end);
+    return result == 0;
   }
+  // The user who listened there first, which the kernel has noted.
+  bool belongsTo(uid_t user) const {
+    ucred peer{};
+    socklen_t length = sizeof peer;
+    return ::getsockopt(file_, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0 && peer.uid == user;
+  }
+  // There is room for a command, so nothing is waited for.
   bool send(const std::string& bytes) {
     return ::send(file_, bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
            static_cast<ssize_t>(bytes.size());
   }
-  bool receive(void* bytes, std::size_t length) {
-    const ssize_t got = ::recv(file_, bytes, length, MSG_WAITALL);
-    if (got >= 0 && got != static_cast<ssize_t>(length)) errno = EAGAIN;
-    return got == static_cast<ssize_t>(length);
+  bool receive(char* bytes, std::size_t length) {
+    const auto end = Clock::now() + patience_;
+    while (length > 0) {
+      const ssize_t got = ::recv(file_, bytes, length, MSG_WAITALL);
+      if (got == 0) errno = ECONNRESET;
+      if (got == 0 || (got < 0 && errno != EINTR)) return false;
+      const auto taken = static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+      bytes += taken;
+      length -= taken;
+      if (length > 0 && Clock::now() >= end) {
+        errno = EAGAIN;
+        return false;
+      }
+    }
+    return true;
   }
 
  private:
+  using Clock = std::chrono::steady_clock;
+  std::chrono::milliseconds patience_;
   int file_;
 };
 
@@ -65,7 +93,7 @@ int lastError() {
 Answer<DaemonReply> talk(Socket& socket, const std::string& frame) {
   if (!socket.send(frame)) return {lastError(), {}};
   std::size_t length = 0;
-  if (!socket.receive(&length, sizeof length)) return {lastError(), {}};
+  if (!socket.receive(reinterpret_cast<char*>(&length), sizeof length)) return {lastError(), {}};
   if (length > kLongestReply) return {-EMSGSIZE, {}};
   std::string reply(length, '\0');
   if (!socket.receive(reply.data(), reply.size())) return {lastError(), {}};
@@ -79,7 +107,11 @@ Answer<DaemonReply> MultipathdSocket::ask(const std::string& command) {
   if (!frame) return {-EMSGSIZE, {}};
   for (const auto& address : addresses_) {
     Socket socket(patience_);
-    if (socket.connect(address)) return talk(socket, *frame);
+    if (socket.connect(address)) {
+      // Any user may take an abstract name that the daemon does not hold.
+      if (!socket.belongsTo(user_)) continue;
+      return talk(socket, *frame);
+    }
     // Nobody listens there; any other reason is one to tell.
     if (errno != ECONNREFUSED && errno != ENOENT) return {lastError(), {}};
   }

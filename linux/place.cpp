@@ -44,7 +44,15 @@ std::string addressDigits(const ScsiAddress& address, bool aligned) {
 }  // namespace
 
 std::optional<Place> parsePlace(std::string_view link) {
+  constexpr std::string_view kUpToSysfs = "../..";
+  if (!link.starts_with(kUpToSysfs)) return std::nullopt;
+  link.remove_prefix(kUpToSysfs.size());
+  if (link.find("..") != std::string_view::npos) return std::nullopt;
   Place place;
+  place.folder = "/sys" + std::string(link);
+  place.device = place.folder.substr(0, place.folder.rfind('/'));
+  // The kernel puts this one between a device and disks of another class.
+  if (place.device.ends_with("/block")) place.device.resize(place.device.rfind('/'));
   while (!link.empty()) {
     const std::size_t slash = link.find('/');
     const std::string_view folder = link.substr(0, slash);

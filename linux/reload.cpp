@@ -135,6 +135,7 @@ int reload(DeviceMapperPort& port, DeviceNumber map, const Selector& selector,
            std::uint64_t repeat) {
   Reload reload(port, map);
   if (const int status = reload.readOld(); status != 0) return status;
+  if (reload.old().groups.empty()) return -ENODEV;  // nothing is there that would carry a selector
   const MultipathTable wanted = withSelector(reload.old(), selector, repeat);
   return wanted == reload.old() ? 0 : reload.change(wanted);
 }

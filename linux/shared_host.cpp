@@ -1,7 +1,7 @@
 // The one host of the programs and libraries that are linked with this folder.
 #include <unistd.h>
 
-#include "linux/device_mapper_libdm.hpp"
+#include "linux/device_mapper_ioctl.hpp"
 #include "linux/host.hpp"
 
 namespace tavrenix {
@@ -9,7 +9,7 @@ namespace tavrenix {
 namespace {
 
 struct ThisMachine {
-  sys::LibDeviceMapper port;
+  sys::KernelDeviceMapper port;
   sys::MultipathdSocket daemon;
   sys::LinuxHost host{sys::HostFiles(), port, daemon, ::geteuid()};
 };

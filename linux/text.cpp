@@ -9,7 +9,13 @@ namespace tavrenix::sys {
 
 namespace {
 
-constexpr std::string_view kPadding{" \t\n\r\0", 5};
+constexpr bool isPadding(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\0';
+}
+
+constexpr bool isPlain(char c) {
+  return c >= ' ' && c <= '~';
+}
 
 bool isControl(std::string_view character) {
   const auto first = static_cast<unsigned char>(character[0]);
@@ -21,9 +27,9 @@ bool isControl(std::string_view character) {
 }  // namespace
 
 std::string_view trim(std::string_view text) {
-  const std::size_t begin = text.find_first_not_of(kPadding);
-  if (begin == std::string_view::npos) return {};
-  return text.substr(begin, text.find_last_not_of(kPadding) - begin + 1);
+  while (!text.empty() && isPadding(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isPadding(text.back())) text.remove_suffix(1);
+  return text;
 }
 
 std::optional<std::uint64_t> parseNumber(std::string_view text, int base) {
@@ -34,19 +40,30 @@ std::optional<std::uint64_t> parseNumber(std::string_view text, int base) {
   return value;
 }
 
+std::string_view takeWord(std::string_view& rest) {
+  std::size_t begin = 0;
+  while (begin < rest.size() && isPadding(rest[begin])) ++begin;
+  std::size_t end = begin;
+  while (end < rest.size() && !isPadding(rest[end])) ++end;
+  const std::string_view word = rest.substr(begin, end - begin);
+  rest.remove_prefix(end);
+  return word;
+}
+
 std::optional<std::vector<std::string_view>> splitWords(std::string_view text, std::size_t limit) {
   std::vector<std::string_view> words;
   for (;;) {
-    const std::size_t begin = text.find_first_not_of(kPadding);
-    if (begin == std::string_view::npos) return words;
+    const auto word = takeWord(text);
+    if (word.empty()) return words;
     if (words.size() == limit) return std::nullopt;
-    const std::size_t end = std::min(text.find_first_of(kPadding, begin), text.size());
-    words.push_back(text.substr(begin, end - begin));
-    text.remove_prefix(end);
+    words.push_back(word);
   }
 }
 
 std::string printable(std::string_view bytes, std::size_t limit) {
+  if (bytes.size() <= limit && std::all_of(bytes.begin(), bytes.end(), isPlain)) {
+    return std::string(bytes);
+  }
   std::string text;
   while (!bytes.empty()) {
     std::size_t length = 1;

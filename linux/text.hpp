@@ -15,6 +15,9 @@ std::string_view trim(std::string_view text);
 // The number that the whole text is, in that base: no sign, no blanks, no overflow.
 std::optional<std::uint64_t> parseNumber(std::string_view text, int base = 10);
 
+// Takes the next word between blanks off rest; empty where there is none left.
+std::string_view takeWord(std::string_view& rest);
+
 // The words between blanks; nothing where there are more than limit of them.
 std::optional<std::vector<std::string_view>> splitWords(std::string_view text, std::size_t limit);
 

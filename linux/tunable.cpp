@@ -51,18 +51,19 @@ std::uint32_t LinuxTunable::generation() {
 }
 
 std::optional<SCSILogicalUnitStatistics> LinuxTunable::unitRecord(EntryID unit) {
-  if (nameOf(unit).kind != Kind::kUnit || !machine_.exists(unit)) return std::nullopt;
-  const auto text = machine_.files().read(folderOf(nameOf(unit)) + "/stat");
+  if (nameOf(unit).kind != Kind::kUnit) return std::nullopt;
+  const auto text = machine_.counters(unit);
   return text ? parseBlockStat(*text) : std::nullopt;
 }
 
 std::optional<SCSIPathStatistics> LinuxTunable::pathRecord(EntryID unit, EntryID path) {
-  if (nameOf(path).kind != Kind::kPath || !machine_.exists(path)) return std::nullopt;
-  const std::string folder = folderOf(nameOf(path));
-  const auto [stat, deviceState, accessState] = machine_.files().readTogether<3>(
-      {folder + "/stat", folder + "/device/state", folder + "/device/access_state"});
+  const auto place = machine_.place(path);
+  if (!place) return std::nullopt;
+  const auto [deviceState, accessState] =
+      machine_.files().readTogether<2>({place->device + "/state", place->device + "/access_state"});
   machine_.answered();
-  const auto counters = stat ? parseBlockStat(*stat) : std::nullopt;
+  const auto text = machine_.counters(path);
+  const auto counters = text ? parseBlockStat(*text) : std::nullopt;
   if (!counters) return std::nullopt;
 
   SCSIPathStatistics record;

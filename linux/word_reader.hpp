@@ -12,28 +12,21 @@ namespace tavrenix::sys {
 // read yields an empty value: a parser reads on and asks once.
 class WordReader {
  public:
-  // No line of the driver is longer than this many words: 4096 paths with room to spare.
-  static constexpr std::size_t kMostWords = 65536;
+  // No line of the driver is longer: 4096 paths with room to spare.
+  static constexpr std::size_t kMostBytes = std::size_t{1} << 18;
 
-  explicit WordReader(std::string_view line) {
-    if (auto words = splitWords(line, kMostWords)) {
-      words_ = std::move(*words);
-    } else {
-      failed_ = true;
-    }
-  }
+  explicit WordReader(std::string_view line)
+      : rest_(trim(line)), failed_(line.size() > kMostBytes) {}
 
   std::string_view word() {
-    if (failed_ || next_ == words_.size()) {
-      failed_ = true;
-      return {};
-    }
-    return words_[next_++];
+    const auto word = takeWord(rest_);
+    if (word.empty()) failed_ = true;
+    return failed_ ? std::string_view{} : word;
   }
-  // A count never exceeds the words that are left, so it is safe to loop on.
+  // A count never exceeds the words that can be left, so it is safe to loop on.
   std::size_t count() {
     const auto value = parseNumber(word());
-    if (!value || *value > words_.size() - next_) failed_ = true;
+    if (!value || *value > rest_.size() / 2) failed_ = true;  // a blank stands before each
     return failed_ ? 0 : static_cast<std::size_t>(*value);
   }
   std::uint64_t number() {
@@ -46,6 +39,9 @@ class WordReader {
     for (std::size_t i = 0; i < count && !failed_; ++i) taken.emplace_back(word());
     return taken;
   }
+  void skip(std::size_t count) {
+    for (std::size_t i = 0; i < count && !failed_; ++i) word();
+  }
   DeviceNumber device() {
     const auto value = parseDeviceNumber(word());
     if (!value) failed_ = true;
@@ -53,12 +49,11 @@ class WordReader {
   }
   bool failed() const { return failed_; }
   // Everything read, and all of it as asked for.
-  bool finished() const { return !failed_ && next_ == words_.size(); }
+  bool finished() const { return !failed_ && rest_.empty(); }
 
  private:
-  std::vector<std::string_view> words_;
-  std::size_t next_ = 0;
-  bool failed_ = false;
+  std::string_view rest_;
+  bool failed_;
 };
 
 }  // namespace tavrenix::sys

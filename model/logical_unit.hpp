@@ -105,6 +105,7 @@ class MPIOLogicalUnit final : public ob::Object {
 
   MPIOHost& host_;
   const EntryID serviceEntryID_;
+  std::mutex logicalUnitMutex;  // here, since each call touches it and what is above anyway
   ob::AtomicRef<const ob::String> logicalUnitID_;
   ob::AtomicRef<const ob::String> alias_;
   ob::AtomicRef<const ob::String> vendorID_;
@@ -113,7 +114,6 @@ class MPIOLogicalUnit final : public ob::Object {
   std::atomic<std::uint32_t> batchCount_{0};
   ob::AtomicRef<const ob::Array> volumes_;
   Paths paths_{8};
-  std::mutex logicalUnitMutex;
   ob::WeakAnchor<MPIOLogicalUnit> anchor_{this};
 };
 

@@ -12,7 +12,7 @@ configure_quietly() {
   logged "$1-configure" cmake -S . -B "build/$1" -G Ninja "${launcher[@]}" "${@:2}"
 }
 
-# compile_quietly NAME OPTION...: builds all of build/NAME, or what --target names.
+# compile NAME OPTION...: builds build/NAME, as CMake's options say.
 compile_quietly() {
   logged "$1-build" cmake --build "build/$1" -j "$jobs" "${@:2}"
 }

@@ -14,6 +14,7 @@ checks=(
   "scripts   the tests of the scripts themselves"
   "address   everything builds with clang, and all tests pass under the address, leak and undefined-behaviour sanitizers"
   "thread    all tests pass under the thread sanitizer"
+  "fuzz      the fuzzing programs find nothing in a bounded count of runs"
   "tidy      clang-tidy finds nothing"
   "valgrind  memcheck finds nothing in the commands of the demo"
 )
@@ -98,7 +99,7 @@ check_shell() {
     first=
     [[ -f $file ]] && IFS= read -r first <"$file"
     [[ $first =~ ^'#!'.*sh$ ]] && scripts+=("$file")
-  done < <(tracked '*' ':!*.cpp' ':!*.hpp' ':!*.t' ':!tests/kernel/guest/*' ':!tests/kernel/scenarios/*')
+  done < <(tracked '*' ':!*.cpp' ':!*.hpp' ':!*.t' ':!fuzz/seeds/*' ':!tests/kernel/guest/*' ':!tests/kernel/scenarios/*')
   shellcheck -x -a "${scripts[@]}"
 }
 
@@ -150,6 +151,11 @@ check_thread() {
   local -a options
   sanitized -w thread
   build_and_test thread "${options[@]}"
+}
+
+check_fuzz() {
+  fuzz_configure_and_compile _quietly
+  fuzz_all
 }
 
 tidy_all() {

@@ -2,15 +2,16 @@
 # The Debian packages that the verbs need, and their installation. Nothing else in the tree calls apt-get.
 
 declare -A packages
-packages[build]="g++ cmake ninja-build pkg-config nlohmann-json3-dev libdevmapper-dev libudev-dev"
+packages[build]="g++ cmake ninja-build pkg-config nlohmann-json3-dev"
 packages[test]="${packages[build]} gcc libgtest-dev libgmock-dev python3 python3-cram zsh"
 packages[package]="${packages[build]} debhelper dpkg-dev fakeroot git lintian"
 packages[coverage]="${packages[test]} clang llvm libclang-rt-14-dev"
 packages[mutants]="${packages[test]} git python3-clang-14"
 packages[bench]="${packages[build]} libbenchmark-dev"
+packages[fuzz]="${packages[build]} clang libclang-rt-14-dev"
 packages[kernel]="${packages[build]} qemu-system-x86 cpio"
 packages[format]="clang-format git"
-packages[check]="${packages[test]} ${packages[format]} clang clang-tidy libclang-rt-14-dev valgrind mandoc man-db groff python3-clang-14 ${packages[package]} mmdebstrap"
+packages[check]="${packages[test]} ${packages[format]} ${packages[fuzz]} clang-tidy valgrind mandoc man-db groff python3-clang-14 ${packages[package]} mmdebstrap"
 
 package_installed() {
   dpkg-query -W -f='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed

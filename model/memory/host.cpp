@@ -63,7 +63,7 @@ int MemoryTunable::sysctlbyname(const char* name, void* oldValue, std::size_t* o
     case kLogicalUnitStatistics:
       return answer(units_.find(request.logicalUnitEntryID), oldValue, oldLength);
     case kPathStatistics:
-      return answer(paths_.find(request.pathEntryID), oldValue, oldLength);
+      return answer(paths_.findAfter(lastPath_, request.pathEntryID), oldValue, oldLength);
     case kConfigurationGeneration:
       return answer(&generation_, oldValue, oldLength);
     default:
@@ -85,7 +85,7 @@ std::optional<DiskDescription> MemoryDisks::describe(RegistryHandle media) {
   const auto id = registry_.entryIDOf(media);
   if (!id) return std::nullopt;
   const Lock lock(mutex_);
-  const auto* description = disks_.find(*id);
+  const auto* description = disks_.findAfter(lastDisk_, *id);
   if (description == nullptr) return std::nullopt;
   return *description;
 }

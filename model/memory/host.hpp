@@ -26,6 +26,7 @@ class MemoryTunable final : public MPIOKernelTunable {
   std::uint32_t generation_ = 0;
   ob::NumberMap<SCSILogicalUnitStatistics> units_;
   ob::NumberMap<SCSIPathStatistics> paths_;
+  std::size_t lastPath_ = 0;  // where the last look-up in paths_ ended
 };
 
 // Any thread.
@@ -40,6 +41,7 @@ class MemoryDisks final : public MPIODiskDescriptions {
   const MemoryRegistry& registry_;
   mutable std::mutex mutex_;
   ob::NumberMap<DiskDescription> disks_;
+  std::size_t lastDisk_ = 0;  // where the last look-up in disks_ ended
 };
 
 class MemoryHost final : public MPIOHost {

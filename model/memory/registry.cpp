@@ -139,7 +139,7 @@ KernelStatus MemoryRegistry::setProperty(RegistryHandle entry, const ob::String&
   {
     const Lock lock(mutex_);
     Entry* known = entryOf(entry);
-    if (known == nullptr || tree_.find(known->id) != known) return kNoSuchObject;
+    if (known == nullptr || !known->isInTree) return kNoSuchObject;
     if (!writeHandler_) {
       auto pairs = known->properties->pairs();
       pairs.set(ob::Ref<const ob::String>::retain(&name),
@@ -181,8 +181,9 @@ bool MemoryRegistry::conformsTo(RegistryHandle entry, std::string_view className
 
 RegistryResult<EntryID> MemoryRegistry::getEntryID(RegistryHandle entry) {
   const Lock lock(mutex_);
-  const Entry* known = entryOf(entry);
+  Entry* known = entryOf(entry);
   if (known == nullptr) return {kNoSuchObject, 0};
+  tree_.expect(*known);  // who asks for an ID mostly looks the entry up by it
   return {kSuccess, known->id};
 }
 

@@ -37,36 +37,55 @@ bool Tree::defineClass(const std::string& className, const std::string& base) {
   return !hasOther;
 }
 
+bool Relatives::holds(const Entry* entry) const noexcept {
+  const auto entries = all();
+  return std::find(entries.begin(), entries.end(), entry) != entries.end();
+}
+
+void Relatives::add(Entry* entry) {
+  if (all().empty()) {
+    one_ = entry;
+  } else if (!many_.empty()) {
+    many_.push_back(entry);
+  } else {
+    many_ = {one_, entry};
+    one_ = nullptr;
+  }
+}
+
+void Relatives::remove(const Entry* entry) noexcept {
+  if (one_ == entry) one_ = nullptr;
+  std::erase(many_, entry);
+}
+
 Entry* Tree::add(EntryID id, const std::string& className, const std::vector<EntryID>& parents,
                  ob::Ref<const ob::Dictionary> properties) {
   if (entries_.contains(id)) return nullptr;
   auto entry = ob::make<Entry>(id, classNamed(className), std::move(properties));
-  entry->parents.reserve(parents.size());
   for (const EntryID parent : parents) {
     Entry* known = find(parent);
     if (known == nullptr) return nullptr;
-    entry->parents.push_back(known);
+    entry->parents.add(known);
   }
-  for (Entry* parent : entry->parents) parent->children.push_back(entry.get());
+  for (Entry* parent : entry->parents.all()) parent->children.add(entry.get());
   Entry* added = entry.get();
   entries_.set(id, std::move(entry));
+  added->isInTree = true;
   return added;
 }
 
 bool Tree::setParents(Entry& entry, const std::vector<EntryID>& parents) {
-  std::vector<Entry*> wanted;
+  Relatives wanted;
   for (const EntryID parent : parents) {
-    wanted.push_back(find(parent));
-    if (wanted.back() == nullptr) return false;
+    Entry* known = find(parent);
+    if (known == nullptr) return false;
+    wanted.add(known);
   }
-  const auto holds = [](const std::vector<Entry*>& entries, const Entry* one) {
-    return std::find(entries.begin(), entries.end(), one) != entries.end();
-  };
-  for (Entry* parent : wanted) {
-    if (!holds(entry.parents, parent)) parent->children.push_back(&entry);
+  for (Entry* parent : wanted.all()) {
+    if (!entry.parents.holds(parent)) parent->children.add(&entry);
   }
-  for (Entry* parent : entry.parents) {
-    if (!holds(wanted, parent)) std::erase(parent->children, &entry);
+  for (Entry* parent : entry.parents.all()) {
+    if (!wanted.holds(parent)) parent->children.remove(&entry);
   }
   entry.parents = std::move(wanted);
   return true;
@@ -76,15 +95,18 @@ ob::Ref<Entry> Tree::remove(EntryID id) {
   const auto* known = entries_.find(id);
   if (known == nullptr) return nullptr;
   ob::Ref<Entry> entry = *known;
-  for (Entry* parent : entry->parents) std::erase(parent->children, entry.get());
-  for (Entry* child : entry->children) std::erase(child->parents, entry.get());
-  entry->parents.clear();
-  entry->children.clear();
+  for (Entry* parent : entry->parents.all()) parent->children.remove(entry.get());
+  for (Entry* child : entry->children.all()) child->parents.remove(entry.get());
+  entry->parents = {};
+  entry->children = {};
+  entry->isInTree = false;
+  if (expected_ == entry.get()) expected_ = nullptr;
   entries_.erase(id);
   return entry;
 }
 
 Entry* Tree::find(EntryID id) const noexcept {
+  if (expected_ != nullptr && expected_->id == id) return expected_;
   const auto* known = entries_.find(id);
   return known == nullptr ? nullptr : known->get();
 }
@@ -108,7 +130,7 @@ Entries Tree::relatives(Entry& entry, std::uint32_t options) {
   // Level by level: found is also the queue of those whose parents are still to be met.
   std::size_t done = 0;
   for (Entry* from = &entry; from != nullptr;) {
-    for (Entry* parent : from->parents) {
+    for (Entry* parent : from->parents.all()) {
       if (std::exchange(parent->visited, walk_) != walk_)
         found.push_back(ob::Ref<Entry>::retain(parent));
     }
@@ -119,14 +141,18 @@ Entries Tree::relatives(Entry& entry, std::uint32_t options) {
 
 // Without recursion of its own, so that a deep tree costs no stack.
 void Tree::descend(Entry& entry, bool recursively, Entries& found) const {
-  std::vector<Entry*> pending(entry.children.rbegin(), entry.children.rend());
+  std::vector<Entry*> pending;
+  const auto addChildren = [&](const Entry& of) {
+    const auto children = of.children.all();
+    pending.insert(pending.end(), children.rbegin(), children.rend());
+  };
+  addChildren(entry);
   while (!pending.empty()) {
     Entry* child = pending.back();
     pending.pop_back();
     if (std::exchange(child->visited, walk_) == walk_) continue;
     found.push_back(ob::Ref<Entry>::retain(child));
-    if (recursively)
-      pending.insert(pending.end(), child->children.rbegin(), child->children.rend());
+    if (recursively) addChildren(*child);
   }
 }
 

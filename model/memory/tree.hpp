@@ -4,6 +4,7 @@
 
 #include <map>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,25 @@ struct RegistryClass {
   bool conformsTo(std::string_view className) const noexcept;
 };
 
+class Entry;
+
+// Entries beside one, in their order. Mostly there is one, which then needs no memory elsewhere: a
+// walk over many entries waits for memory more than for anything.
+class Relatives {
+ public:
+  std::span<Entry* const> all() const noexcept {
+    if (!many_.empty()) return many_;
+    return {&one_, one_ == nullptr ? 0U : 1U};
+  }
+  bool holds(const Entry* entry) const noexcept;
+  void add(Entry* entry);
+  void remove(const Entry* entry) noexcept;
+
+ private:
+  Entry* one_ = nullptr;  // none where many_ holds them
+  std::vector<Entry*> many_;
+};
+
 // One entry. It outlives its place in the tree while a handle refers to it.
 class Entry final : public ob::Object {
  public:
@@ -25,12 +45,14 @@ class Entry final : public ob::Object {
       : id(entryID), itsClass(entryClass), properties(std::move(itsProperties)) {}
   ob::TypeID typeID() const noexcept override { return ob::kNoType; }
 
+  bool isInTree = false;
   const EntryID id;
+  // Walks over all entries read these first, so they stand together.
+  std::uint64_t visited = 0;  // the last walk that met this entry
+  Relatives children;         // in the order of their arrival; all in the tree
   const RegistryClass& itsClass;
   ob::Ref<const ob::Dictionary> properties;
-  std::vector<Entry*> parents;   // in the order given; all in the tree
-  std::vector<Entry*> children;  // in the order of their arrival; all in the tree
-  std::uint64_t visited = 0;     // the last walk that met this entry
+  Relatives parents;  // in the order given; all in the tree
 };
 
 using Entries = std::vector<ob::Ref<Entry>>;
@@ -51,6 +73,10 @@ class Tree {
   ob::Ref<Entry> remove(EntryID id);
 
   Entry* find(EntryID id) const noexcept;
+  // The next look-up will likely be of this entry, and needs no index then.
+  void expect(Entry& entry) noexcept {
+    if (entry.isInTree) expected_ = &entry;
+  }
   Entries ofClass(std::string_view className) const;
   // The relatives of entry that options choose, nearest level first towards parents, depth first
   // towards children; each once, entry itself not.
@@ -62,6 +88,7 @@ class Tree {
 
   std::map<std::string, std::unique_ptr<RegistryClass>, std::less<>> classes_;
   ob::NumberMap<ob::Ref<Entry>> entries_;
+  Entry* expected_ = nullptr;  // in the tree
   std::uint64_t walk_ = 0;
 };
 

@@ -1,6 +1,8 @@
 // The live host: what it shows of an image, and how it follows changes of the file.
 #include "lab/host.hpp"
 
+#include <set>
+
 #include "model/registry_names.hpp"
 #include "tests/lab/scratch.hpp"
 
@@ -124,6 +126,18 @@ TEST_F(HostTest, AReloadTakesNewValuesAndForgetsOldOnes) {
   EXPECT_FALSE(host_.memory().disks().describe(entry.get()));
   showEntries("");
   EXPECT_EQ(statistics(kPathStatistics, 2).first, -1);
+}
+
+TEST_F(HostTest, AGenerationDoesNotComeAgain) {
+  std::set<std::uint32_t> shown;
+  // A file whose number stands still while its entries change, moves a little, and goes back.
+  for (const char* generation : {"5", "5", "5", "6", "7", "5", "4294967295", "4294967295", "2"}) {
+    const std::string id = std::to_string(shown.size() + 1);
+    show("\"generation\": " + std::string(generation) + R"(, "entries": [{"id": )" + id +
+         R"(, "class": "A"}])");
+    EXPECT_TRUE(shown.insert(host_.memory().tunable().generation()).second) << generation;
+  }
+  EXPECT_FALSE(shown.contains(0));
 }
 
 TEST_F(HostTest, ABadReloadChangesNothing) {

@@ -88,6 +88,14 @@ TEST(BadImage, Classes) {
       {withClasses(R"({"KsService": "A"})"),
        "classes.KsService: the root of all classes has no base"},
   });
+  std::string chain = R"("C64": "C65")";
+  for (int i = 64; i > 1; --i) {
+    const std::string below = std::to_string(i - 1);
+    chain += ", \"C" + below + "\": \"C" + std::to_string(i) + '"';
+  }
+  EXPECT_EQ(refusalOf(withClasses("{" + chain + "}")), "no refusal");
+  EXPECT_EQ(refusalOf(withClasses("{" + chain + R"(, "C0": "C1"})")),
+            "classes.C0: the class has more than 64 classes above it");
 }
 
 TEST(BadImage, Entries) {

@@ -1,30 +1,12 @@
 // The programs of the folder as a person runs them.
-#include <sys/wait.h>
-
-#include <cstdio>
 #include <memory>
 
 #include "lab/image.hpp"
+#include "tests/lab/programs.hpp"
 #include "tests/lab/scratch.hpp"
 
 namespace tavrenix::lab {
 namespace {
-
-struct Outcome {
-  int status;
-  std::string output;  // both streams
-};
-
-Outcome run(const std::string& command) {
-  FILE* pipe = ::popen((command + " 2>&1").c_str(), "r");
-  if (pipe == nullptr) return {-1, ""};
-  std::string output;
-  char buffer[4096];
-  while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, pipe))
-    output.append(buffer, got);
-  const int status = ::pclose(pipe);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
-}
 
 Outcome generate(const std::string& arguments) {
   return run("'" TAVRENIX_LAB_GENERATE "' " + arguments);

@@ -20,11 +20,11 @@ inline std::string contentsOf(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// A new folder, gone with all that is in it at the end.
+// A new folder inside where, gone with all that is in it at the end.
 class Scratch {
  public:
-  Scratch() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "tavrenix-lab.XXXXXX").string();
+  explicit Scratch(const std::filesystem::path& where = std::filesystem::temp_directory_path()) {
+    std::string pattern = (where / "tavrenix-lab.XXXXXX").string();
     if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no scratch folder");
     folder_ = pattern;
   }

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::size_t kNever = static_cast<std::size_t>(-1);
 thread_local std::size_t remaining = kNever;
-std::atomic<std::size_t> live{0};
+constinit std::atomic<std::size_t> live{0};
 
 }  // namespace
 
@@ -25,18 +25,17 @@ bool allocationFailed() noexcept {
 }
 
 std::size_t liveAllocations() noexcept {
-  return live;
+  return live.load(std::memory_order_relaxed);
 }
 
 }  // namespace tavrenix::test
 
 void* operator new(std::size_t size) {
   if (remaining != kNever && remaining-- == 0) throw std::bad_alloc();  // 0 becomes kNever
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) {
-    ++live;
-    return memory;
-  }
-  throw std::bad_alloc();
+  void* memory = std::malloc(size == 0 ? 1 : size);
+  if (memory == nullptr) throw std::bad_alloc();
+  live.fetch_add(1, std::memory_order_relaxed);
+  return memory;
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   try {
@@ -46,7 +45,7 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   }
 }
 void operator delete(void* memory) noexcept {
-  if (memory != nullptr) --live;
+  if (memory != nullptr) live.fetch_sub(1, std::memory_order_relaxed);
   std::free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {

@@ -1,4 +1,4 @@
-// An operator new that can be told to fail, for this thread.
+// An operator new that can be told to fail, for this thread, and that counts.
 #pragma once
 
 #include <cstddef>
@@ -10,8 +10,7 @@ namespace tavrenix::test {
 void failAllocationAfter(std::size_t successes) noexcept;
 // Forgets the order; whether it had been carried out.
 bool allocationFailed() noexcept;
-
-// How many allocations of all threads have not been given back.
+// Allocations of all threads that have not been given back.
 std::size_t liveAllocations() noexcept;
 
 }  // namespace tavrenix::test

@@ -5,6 +5,7 @@
 #include <tavrenix/mpio.h>
 
 #include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 #include <tavrenix/block.hpp>
@@ -79,6 +80,27 @@ class QueueClient final : public NotificationClient {
   Block<MPIONotificationBlock, Callee> block{Callee{*this}};
   MPIONotificationRef notification = nullptr;
   ObErrorRef error = nullptr;  // borrowed from the pool of the thread that starts
+};
+
+// The queue does nothing for as long as it lives, so that the creation is alone at the registry.
+class HeldQueue {
+ public:
+  explicit HeldQueue(ObDispatchQueueRef queue) {
+    ObDispatchAsync(
+        queue, [](void* held) { static_cast<HeldQueue*>(held)->mayGoOn_.get_future().wait(); },
+        this);
+    queue_ = queue;
+  }
+  ~HeldQueue() {
+    mayGoOn_.set_value();
+    ObDispatchQueueDrain(queue_);
+  }
+  HeldQueue(const HeldQueue&) = delete;
+  HeldQueue& operator=(const HeldQueue&) = delete;
+
+ private:
+  ObDispatchQueueRef queue_;
+  std::promise<void> mayGoOn_;
 };
 
 class RunLoopClient final : public NotificationClient {

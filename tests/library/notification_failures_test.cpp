@@ -1,8 +1,6 @@
 // Every step of both creations fails in turn: what is told, what stays, and that nothing else does.
 #include <gmock/gmock.h>
 
-#include <future>
-
 #include "library/notification.hpp"
 #include "runtime/pool.hpp"
 #include "tests/library/failing_new.hpp"
@@ -35,27 +33,6 @@ constexpr Failure kFailures[] = {
     {kNoPaths, kMPIOErrorServiceNotFound, 3, 1, 1},
     {kPathsNotAdded, kMPIOErrorNotificationFailed, 3, 1, 1},
     {kPathsNotAdded, kMPIOErrorNotificationFailed, 4, 3, 1},
-};
-
-// The queue does nothing for as long as it lives, so that the creation is alone at the registry.
-class HeldQueue {
- public:
-  explicit HeldQueue(ObDispatchQueueRef queue) {
-    ObDispatchAsync(
-        queue, [](void* held) { static_cast<HeldQueue*>(held)->mayGoOn_.get_future().wait(); },
-        this);
-    queue_ = queue;
-  }
-  ~HeldQueue() {
-    mayGoOn_.set_value();
-    ObDispatchQueueDrain(queue_);
-  }
-  HeldQueue(const HeldQueue&) = delete;
-  HeldQueue& operator=(const HeldQueue&) = delete;
-
- private:
-  ObDispatchQueueRef queue_;
-  std::promise<void> mayGoOn_;
 };
 
 class CreationFails : public testing::Test {

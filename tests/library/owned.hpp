@@ -5,6 +5,7 @@
 #include <tavrenix/mpio.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tavrenix::test {

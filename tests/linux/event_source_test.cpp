@@ -51,6 +51,7 @@ TEST_F(EventSourceTest, ManyEventsAreOneChange) {
 TEST_F(EventSourceTest, OtherAndBrokenEventsArePassedOver) {
   send(kNetwork);
   send("garbage");
+  send("");
   EXPECT_EQ(source->wait(kSoon), Heard::kNothing);
 }
 

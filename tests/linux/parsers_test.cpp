@@ -79,14 +79,22 @@ TEST(Place, IsReadFromTheLink) {
   EXPECT_EQ(fc->name, "sdc");
   EXPECT_EQ(fc->address, (ScsiAddress{3, 0, 1, 5}));
   EXPECT_EQ(fc->transport, Transport::kFibreChannel);
+  EXPECT_EQ(fc->device,
+            "/sys/devices/pci0000:00/0000:00:05.0/host3/rport-3:0-1/target3:0:1/3:0:1:5");
+  EXPECT_EQ(fc->folder, fc->device + "/block/sdc");
+  // Some disks stand right below what they are disks of.
+  EXPECT_EQ(parsePlace("../../devices/pci/nvme/nvme0/nvme0n1")->device,
+            "/sys/devices/pci/nvme/nvme0");
   const std::pair<const char*, Transport> rows[] = {
-      {"../host1/port-1:0/end_device-1:0/target1:0:0/1:0:0:0/block/sda", Transport::kSas},
-      {"../host2/session1/target2:0:0/2:0:0:0/block/sdb", Transport::kIscsi},
-      {"../adapter0/host0/target0:0:0/0:0:0:0/block/sda", Transport::kUnknown},
+      {"../../host1/port-1:0/end_device-1:0/target1:0:0/1:0:0:0/block/sda", Transport::kSas},
+      {"../../host2/session1/target2:0:0/2:0:0:0/block/sdb", Transport::kIscsi},
+      {"../../adapter0/host0/target0:0:0/0:0:0:0/block/sda", Transport::kUnknown},
   };
   for (const auto& [link, transport] : rows) EXPECT_EQ(parsePlace(link)->transport, transport);
   EXPECT_FALSE(parsePlace("../../devices/virtual/block/dm-0")->address);
-  for (const auto link : {"", "/", "a/..", "a/b c", "x\ny"}) EXPECT_FALSE(parsePlace(link));
+  for (const auto link :
+       {"", "/", "../../a/..", "../../a/../b", "../../a/b c", "../../x\ny", "/a/b"})
+    EXPECT_FALSE(parsePlace(link));
 }
 
 std::string identifier(const std::optional<ScsiAddress>& address, std::uint32_t minor = 32) {

@@ -82,7 +82,7 @@ RecordedMachine::RecordedMachine(const std::string& name, std::uint32_t user)
 EntryID RecordedMachine::id(sys::Kind kind, sys::DeviceNumber device) const {
   struct stat found {};
   const auto name = sys::deviceEntry(kind, device);
-  EXPECT_EQ(::stat((root + sys::folderOf(name)).c_str(), &found), 0) << device.text();
+  EXPECT_EQ(::lstat((root + sys::folderOf(name)).c_str(), &found), 0) << device.text();
   return sys::makeEntryID(name, found.st_ino);
 }
 

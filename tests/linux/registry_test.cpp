@@ -141,8 +141,8 @@ TEST(LinuxRegistry, ADeviceThatTookTheNumberOfAnotherIsAnother) {
   RecordedMachine machine(copy.root.string());
   const EntryID old = machine.id(Kind::kPath, {8, 0});
   const auto link = copy.root / "sys/dev/block/8:0";
-  std::filesystem::remove(link);
-  std::filesystem::create_symlink("8:16", link);  // another folder now bears the number
+  std::filesystem::create_symlink("8:16", link.string() + ".next");
+  std::filesystem::rename(link.string() + ".next", link);  // another device now bears the number
   EXPECT_EQ(machine.registry().findServiceByEntryID(old), 0u);
   EXPECT_NE(machine.registry().findServiceByEntryID(machine.id(Kind::kPath, {8, 0})), 0u);
 }

@@ -67,6 +67,8 @@ TEST_F(ReloadTest, TouchesNoSuspendedMapAndNoOtherTarget) {
   map.table.type = "multipath";
   map.table.line = "1 queue_if_no_path";
   EXPECT_EQ(to("Modified Round Robin"), -EINVAL);
+  map.table.line = "0 0 0 0";
+  EXPECT_EQ(to("Modified Round Robin"), -ENODEV);
   EXPECT_EQ(sys::reload(port, {254, 9}, *sys::selectorNamed("round-robin"), 1), -ENXIO);
   EXPECT_TRUE(port.calls.empty());
 }

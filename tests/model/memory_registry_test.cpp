@@ -119,6 +119,35 @@ TEST(MemoryRegistry, AHandleOutlivesItsEntrysPlaceInTheTree) {
   EXPECT_EQ(registry.openHandles(), 1u);
 }
 
+TEST(MemoryRegistry, LooksUpWhatIsThereNowAfterAnIDWasAskedFor) {
+  memory::MemoryRegistry registry;
+  registry.addEntry(1, "A", {}, dictionary({}));
+  const ScopedHandle old(registry, registry.findServiceByEntryID(1));
+  registry.getEntryID(old.get());
+  registry.removeEntry(1);
+  EXPECT_EQ(registry.findServiceByEntryID(1), 0u);
+  registry.getEntryID(old.get());
+  EXPECT_EQ(registry.findServiceByEntryID(1), 0u);
+  registry.addEntry(1, "B", {}, dictionary({}));
+  registry.getEntryID(old.get());
+  const ScopedHandle fresh(registry, registry.findServiceByEntryID(1));
+  EXPECT_TRUE(registry.conformsTo(fresh.get(), "B"));
+}
+
+TEST(MemoryRegistry, KeepsRelativesInOrderWhenSomeLeave) {
+  memory::MemoryRegistry registry;
+  registry.addEntry(1, "A", {}, dictionary({}));
+  for (const EntryID child : {2U, 3U, 4U}) registry.addEntry(child, "A", {1}, dictionary({}));
+  EXPECT_THAT(walk(registry, 1, 0), testing::ElementsAre(2, 3, 4));
+  registry.removeEntry(2);
+  EXPECT_THAT(walk(registry, 1, 0), testing::ElementsAre(3, 4));
+  registry.removeEntry(4);
+  registry.removeEntry(3);
+  EXPECT_TRUE(walk(registry, 1, 0).empty());
+  registry.addEntry(5, "A", {1}, dictionary({}));
+  EXPECT_THAT(walk(registry, 1, 0), testing::ElementsAre(5));
+}
+
 TEST(MemoryRegistry, WithoutHandlerAWriteBecomesAProperty) {
   memory::MemoryRegistry registry;
   registry.addEntry(1, "A", {}, dictionary({}));

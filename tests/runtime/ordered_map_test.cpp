@@ -42,11 +42,17 @@ TEST(OrderedMap, AgreesWithAModelThroughRandomChanges) {
         ASSERT_EQ(*map.find(key), known->second);
       }
     }
+    std::size_t cursor = random();
+    for (const auto& [key, value] : map) ASSERT_EQ(map.findAfter(cursor, key), &value);
+    for (std::uint64_t key = keys; key-- > 0;) {  // in another order, and the absent ones
+      ASSERT_EQ(map.findAfter(cursor, key), map.find(key)) << key;
+    }
     const std::map<std::uint64_t, std::uint64_t> walked(map.begin(), map.end());
     EXPECT_EQ(walked, model);
     map.clear();
     EXPECT_TRUE(map.empty());
     EXPECT_FALSE(map.contains(0));
+    EXPECT_EQ(map.findAfter(cursor, 0), nullptr);
   }
 }
 

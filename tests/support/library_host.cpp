@@ -4,9 +4,14 @@ namespace tavrenix {
 
 namespace {
 
-test::WatchedHost*& current() {
-  static auto* const noStorage = new test::WatchedHost;
-  static test::WatchedHost* shared = noStorage;
+// Without storage, and there for exit handlers.
+MPIOHost& noStorage() {
+  static auto& host = *new test::WatchedHost;
+  return host;
+}
+
+MPIOHost*& current() {
+  static MPIOHost* shared = &noStorage();
   return shared;
 }
 
@@ -18,17 +23,15 @@ MPIOHost& sharedHost() {
 
 namespace test {
 
-LibraryHost::LibraryHost() : host_(std::make_unique<WatchedHost>()) {
+UnderLibrary::UnderLibrary(MPIOHost& host) {
   MPIOManagerTeardown();
-  current() = host_.get();
+  current() = &host;
   MPIOManagerInitialize();
-  host_->watch.reset();
 }
 
-LibraryHost::~LibraryHost() {
+UnderLibrary::~UnderLibrary() {
   MPIOManagerTeardown();
-  static auto* const noStorage = new WatchedHost;
-  current() = noStorage;
+  current() = &noStorage();
 }
 
 }  // namespace test

@@ -10,20 +10,26 @@
 
 namespace tavrenix::test {
 
-// Puts a host of its own under the library for as long as it lives, with a manager that starts
-// afresh.
+// Puts a host under the library for as long as it lives, with a manager that starts afresh.
+class UnderLibrary {
+ public:
+  explicit UnderLibrary(MPIOHost& host);
+  ~UnderLibrary();
+  UnderLibrary(const UnderLibrary&) = delete;
+  UnderLibrary& operator=(const UnderLibrary&) = delete;
+};
+
+// The same with a host of its own.
 class LibraryHost {
  public:
-  LibraryHost();
-  ~LibraryHost();
-  LibraryHost(const LibraryHost&) = delete;
-  LibraryHost& operator=(const LibraryHost&) = delete;
+  LibraryHost() { host_->watch.reset(); }
 
   WatchedHost& operator*() const noexcept { return *host_; }
   WatchedHost* operator->() const noexcept { return host_.get(); }
 
  private:
-  std::unique_ptr<WatchedHost> host_;
+  std::unique_ptr<WatchedHost> host_ = std::make_unique<WatchedHost>();
+  UnderLibrary under_{*host_};
 };
 
 }  // namespace tavrenix::test

@@ -36,7 +36,8 @@ bool Watch::fails(Operation operation) {
   ++counts_[static_cast<std::size_t>(operation)];
   if (operation == exhaustAll_) throw std::bad_alloc();
   if (operation == Operation::kRelease) return false;
-  return position_++ == failAt_ || operation == failAll_;
+  if (position_++ == failAt_ || operation == failAll_) return true;
+  return alsoFails && alsoFails(operation);
 }
 
 std::size_t Watch::count(Operation operation) const {

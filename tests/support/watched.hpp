@@ -58,6 +58,9 @@ class Watch {
 
   // Answers the tunable in place of the driver, if set: room, its size, request and its size.
   std::function<int(void*, std::size_t*, const void*, std::size_t)> answerTunable;
+  // Asked for each operation that is not failed otherwise, if set: whether it fails. It may throw
+  // std::bad_alloc, for one that runs out of memory. Set while nobody uses the host.
+  std::function<bool(Operation)> alsoFails;
   // Called by each release, after it, if set.
   std::function<void()> onRelease;
 
@@ -124,21 +127,33 @@ class WatchedDisks final : public MPIODiskDescriptions {
   Watch& watch_;
 };
 
-// A host in memory with every seam watched.
-class WatchedHost final : public MPIOHost {
+// Another host with every seam watched.
+class WatchedSeams : public MPIOHost {
  public:
-  memory::MemoryHost memory;
+  explicit WatchedSeams(MPIOHost& inner) : inner_(inner) {}
   Watch watch;
 
   MPIODeviceRegistry& registry() override { return registry_; }
   MPIOKernelTunable& tunable() override { return tunable_; }
   MPIODiskDescriptions& disks() override { return disks_; }
-  std::uint32_t effectiveUser() override { return memory.effectiveUser(); }
+  std::uint32_t effectiveUser() override { return inner_.effectiveUser(); }
 
  private:
-  WatchedRegistry registry_{memory.registry(), watch};
-  WatchedTunable tunable_{memory.tunable(), watch};
-  WatchedDisks disks_{memory.disks(), watch};
+  MPIOHost& inner_;
+  WatchedRegistry registry_{inner_.registry(), watch};
+  WatchedTunable tunable_{inner_.tunable(), watch};
+  WatchedDisks disks_{inner_.disks(), watch};
+};
+
+// There before the seams are put around it.
+struct HeldMemory {
+  memory::MemoryHost memory;
+};
+
+// A host in memory with every seam watched.
+class WatchedHost final : public HeldMemory, public WatchedSeams {
+ public:
+  WatchedHost() : WatchedSeams(memory) {}
 };
 
 }  // namespace tavrenix::test

@@ -89,7 +89,7 @@ maps_by_hand() {
 # start_daemon MAPS: multipathd, once it has made that many maps.
 start_daemon() {
   multipathd
-  until_true 60 map_count_is "$1" || say "only $(maps | wc -l) of $1 maps after a minute"
+  until_true 120 map_count_is "$1" || say "only $(maps | wc -l) of $1 maps after two minutes"
   udevadm settle --timeout=60
 }
 
@@ -99,6 +99,7 @@ stop_daemon() {
 }
 
 daemon_is_gone() { ! pidof multipathd; }
+udev_is_gone() { ! pidof systemd-udevd; }
 
 maps() { dmsetup ls --target multipath | awk '!/^No devices/ { print $1 }'; }
 

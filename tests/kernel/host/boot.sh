@@ -2,7 +2,7 @@
 # shellcheck disable=SC2154 # work, tools and boots come from run
 # One boot for each scenario, and the table of what they found.
 
-boot_limit=180 # seconds that one boot may take under emulation on a busy machine
+boot_limit=600 # seconds that one boot may take under emulation on a busy machine
 
 # The guest's first serial port carries what it says, the second its checks, the third a tar of files to keep.
 # Emulation only: a nested /dev/kvm is not to be trusted, and the tests must run where there is none.

@@ -85,7 +85,7 @@ lay_out_own() {
   for program in "$tools/linux/tavrenix" "$tools/examples/tavrenix-watch"; do
     [[ -x $program ]] || continue
     cp "$program" "$own/usr/bin/"
-    ldd "$program" | awk '$3 ~ /^\// { print $3 }' | while read -r library; do
+    { ldd "$program" 2>/dev/null || true; } | awk '$3 ~ /^\// { print $3 }' | while read -r library; do
       [[ -e $work/root/usr/lib/x86_64-linux-gnu/${library##*/} ]] ||
         cp -L "$library" "$own/usr/lib/x86_64-linux-gnu/"
     done

@@ -1,0 +1,53 @@
+// The faults: operations of the host, and allocations, that fail as drawn.
+#pragma once
+
+#include <atomic>
+
+#include "tests/soak/random.hpp"
+#include "tests/support/watched.hpp"
+
+namespace tavrenix::soak {
+
+class Storm {
+ public:
+  using Counts = std::array<std::size_t, static_cast<std::size_t>(test::Operation::kCount)>;
+
+  // Takes over what else fails of the watch, whose lock keeps the draws in order.
+  Storm(test::Watch& watch, Random random);
+  Storm(const Storm&) = delete;
+  Storm& operator=(const Storm&) = delete;
+  ~Storm() { watch_.alsoFails = nullptr; }
+
+  void rage() noexcept { raging_ = true; }
+  void calm() noexcept { raging_ = false; }
+  bool isRaging() const noexcept { return raging_; }
+
+  // Operations that were failed. Read while nobody uses the host.
+  const Counts& failed() const noexcept { return failed_; }
+  // Handles that the host granted to this thread, and that only a registration gives back, since
+  // the last call.
+  static std::size_t takeGranted() noexcept;
+
+ private:
+  bool fails(test::Operation operation);
+
+  test::Watch& watch_;
+  Random random_;
+  std::atomic<bool> raging_{false};
+  Counts failed_{};
+};
+
+// Has the next allocation of this thread fail: that of a call's scratch pool. Not where the storm
+// is calm, nor where the client's own draw says no.
+class PoolFault {
+ public:
+  PoolFault(const Storm& storm, Random& random);
+  ~PoolFault();
+  PoolFault(const PoolFault&) = delete;
+  PoolFault& operator=(const PoolFault&) = delete;
+
+ private:
+  bool ordered_;
+};
+
+}  // namespace tavrenix::soak
