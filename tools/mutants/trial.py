@@ -94,7 +94,7 @@ def reach(runner, test, number):
 
 
 def batches(tests):
-    """One command for all tests of a program, the quickest first; and how long they take together."""
+    """One command for all tests of a program, in the order of the tests; and how long they take together."""
     groups = {}
     for test in tests:
         groups.setdefault(tuple(test.command) if test.name else id(test), []).append(test)
@@ -105,7 +105,7 @@ def batches(tests):
             names = ":".join(test.name for test in group)
             command = command + [f"--gtest_filter={names}", "--gtest_fail_fast"]
         found.append((sum(test.seconds for test in group), command))
-    return sorted(found)
+    return found
 
 
 def is_killed(runner, number, tests):
