@@ -77,7 +77,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   }
   static const Listener listener;
   std::thread daemon([&] { listener.serve(bytes, reply.has_value()); });
-  const auto answer = MultipathdSocket({listener.name()}, kPatience, ::geteuid()).ask("fail path sda");
+  const auto answer =
+      MultipathdSocket({listener.name()}, kPatience, ::geteuid()).ask("fail path sda");
   daemon.join();
   expect((answer.status == 0) == reply.has_value(), "a reply is taken whole or not at all");
   expect(!reply || answer.value == parseDaemonReply(*reply), "a reply means what it says");
