@@ -172,6 +172,16 @@ TEST_F(NotificationsTest, EachArrivalAndDepartureIsToldOnce) {
   expectTold({"-254:0", "-8:64"});
 }
 
+TEST_F(NotificationsTest, APortHasOneRunLoopSource) {
+  auto& registry = host.registry();
+  const RegistryPort made = registry.createNotificationPort();
+  const auto source = registry.getRunLoopSource(made);
+  ASSERT_TRUE(source);
+  EXPECT_EQ(registry.getRunLoopSource(made), source);
+  registry.destroyNotificationPort(made);
+  EXPECT_FALSE(registry.getRunLoopSource(made));
+}
+
 TEST_F(NotificationsTest, AMapIsAUnitOnceItHasATable) {
   sys::Target table;
   port.change([&](FakeDeviceMapper& maps) {

@@ -83,6 +83,17 @@ TEST(LinuxRegistry, PathsStandInTheOrderOfTheTable) {
   EXPECT_EQ(textUnder(*protocol, registry::kPhysicalInterconnect), "scsi_debug");
 }
 
+TEST(LinuxRegistry, AHostStandsAboveItsPathsAndTheyBelowIt) {
+  RecordedMachine machine("states");
+  const EntryID path = machine.id(Kind::kPath, {8, 0});
+  const auto above = machine.relatives(path, kIterateParents);
+  ASSERT_EQ(above.size(), 1u);
+  EXPECT_THAT(machine.relatives(above.front(), 0),
+              testing::UnorderedElementsAre(path, machine.id(Kind::kPath, {8, 16}),
+                                            machine.id(Kind::kPath, {8, 32}),
+                                            machine.id(Kind::kPath, {8, 48})));
+}
+
 TEST(LinuxRegistry, TheHostsPortIsFoundAboveThePath) {
   const CopiedMachine copy("states");
   copy.write("/sys/class/fc_host/host0/port_name", "0x5001438022e50a4c\n");
