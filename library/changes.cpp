@@ -34,7 +34,7 @@ bool MPIOLogicalUnitPathDisable(MPIOLogicalUnitPathRef handle, ObErrorRef* error
   });
 }
 
-// Mode 3 with a logical unit takes note of a pending change without rebuilding: required behaviour.
+// Mode 3 with a logical unit takes note of a pending change without rebuilding: kept on purpose.
 bool MPIOLogicalUnitEnableAllPaths(MPIOLogicalUnitRef handle, ObErrorRef* errorOut) {
   return changeWithHandle<MPIOLogicalUnit>(handle, errorOut, [](auto& unit, ErrorOut error) {
     if (!isPresent(unit)) return false;

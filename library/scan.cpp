@@ -45,7 +45,7 @@ RegistryResult<RegistryHandle> Scan::select(int mode, const ob::Object* handle) 
   } else if (const auto* path = dynamic_cast<const MPIOLogicalUnitPath*>(handle)) {
     return selectUnitOf(*path);
   }
-  return {};  // the new generation has been noted all the same: required behaviour
+  return {};  // the new generation has been noted all the same: kept on purpose
 }
 
 RegistryResult<RegistryHandle> Scan::selectAll() {

@@ -1,6 +1,7 @@
 // The port to the kernel's device-mapper: what the driver tells and takes, without any meaning yet.
 //
-// Errors are negative error numbers, 0 is success. No operation waits for storage. Any thread.
+// Errors are negative error numbers, 0 is success. No operation but resume waits for storage. Any
+// thread.
 #pragma once
 
 #include <string>
@@ -57,8 +58,8 @@ class DeviceMapperPort {
 
   // Loads a table beside the one in force, which stays in force.
   virtual int load(DeviceNumber map, const Target& table, bool readOnly) = 0;
-  // Puts a loaded table in force, requests under way kept, and ends a suspension. udev is told that
-  // the map's content did not change.
+  // Puts a loaded table in force, requests under way kept and waited for, and ends a suspension.
+  // udev is told that the map's content did not change.
   virtual int resume(DeviceNumber map) = 0;
   // Throws a loaded table away.
   virtual int clear(DeviceNumber map) = 0;

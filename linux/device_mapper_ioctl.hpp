@@ -1,7 +1,7 @@
 // The port to device-mapper through the kernel's own interface, linux/dm-ioctl.h.
 //
-// libdevmapper would do the same, but it asks for no uuids in the list of maps, it obeys
-// environment variables, and loading it with what it needs takes longer than all else that
+// libdevmapper would do the same, but that of Debian 12 asks for no uuids in the list of maps, it
+// obeys environment variables, and loading it with what it needs takes longer than all else that
 // `tavrenix list` does on a machine of some dozen units.
 #pragma once
 

@@ -44,6 +44,7 @@ std::optional<EventSource> EventSource::open(Group group) {
       ::socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_KOBJECT_UEVENT);
   if (socket < 0) return std::nullopt;
   EventSource source(socket);
+  if (source.stop_ < 0) return std::nullopt;  // it could never be told to end
   if (::setsockopt(socket, SOL_SOCKET, SO_RCVBUFFORCE, &kRoom, sizeof kRoom) != 0) {
     ::setsockopt(socket, SOL_SOCKET, SO_RCVBUF, &kRoom, sizeof kRoom);
   }

@@ -2,7 +2,8 @@
 // tree for tests.
 //
 // Paths begin with a slash and are made from numbers and from checked kernel names alone. No
-// operation waits for storage: only sysfs and the udev database are read. Any thread.
+// operation waits for storage: only sysfs, tables of /proc and the udev database are read. Any
+// thread.
 #pragma once
 
 #include <array>

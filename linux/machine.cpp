@@ -33,7 +33,7 @@ class Machine::Question {
     if (!machine.burst_.goesOn()) {
       machine.forgetAll();
     } else if (machine.burst_.needsCheck()) {
-      if (machine.burst_.paused()) machine.forgetWhatNothingTellsOf();
+      machine.forgetWhatNothingTellsOf();
       machine.readGeneration();
     }
   }
@@ -238,7 +238,7 @@ std::vector<std::uint8_t> Machine::portIdentifierOfHost(EntryID host) {
 }
 
 std::optional<std::uint64_t> Machine::inodeOf(EntryName name) {
-  // A map, a path and a medium of one number have one folder.
+  // A map, a path and a medium of one number have one link.
   const Kind kind = name.kind == Kind::kHost ? Kind::kHost : Kind::kUnit;
   const EntryID key = makeEntryID({kind, name.number}, 0);
   if (const auto* known = inodes_.find(key)) return *known;

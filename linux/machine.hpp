@@ -99,7 +99,7 @@ class Machine {
   Burst burst_;
   std::uint32_t generation_ = 0;
   // For one burst.
-  ob::NumberMap<std::optional<std::uint64_t>> inodes_;  // by folder
+  ob::NumberMap<std::optional<std::uint64_t>> inodes_;  // by link
   ob::NumberMap<std::shared_ptr<const Unit>> units_;
   ob::NumberMap<std::optional<MultipathStatus>> statuses_;
   ob::NumberMap<std::optional<std::string>> labels_;

@@ -1,5 +1,6 @@
 #include "linux/multipath_table.hpp"
 
+#include "linux/selectors.hpp"
 #include "linux/word_reader.hpp"
 
 namespace tavrenix::sys {
@@ -70,6 +71,7 @@ std::string formatMultipathTable(const MultipathTable& table) {
 
 std::uint64_t repeatCount(const MultipathTable& table) {
   for (const auto& group : table.groups) {
+    if (selectorNamed(group.selector) == nullptr) continue;
     for (const auto& path : group.paths) {
       if (path.arguments.empty()) continue;
       if (const auto count = parseNumber(path.arguments.front())) return *count;

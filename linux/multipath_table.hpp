@@ -34,7 +34,8 @@ std::optional<MultipathTable> parseMultipathTable(std::string_view line);
 std::string formatMultipathTable(const MultipathTable& table);
 
 // How many requests in a row go down a path, by the first path that says so; 0 where none does.
-// All three selectors that are known here take it as their first argument of a path.
+// The selectors that are known here take it as their first argument of a path; others may take
+// anything.
 std::uint64_t repeatCount(const MultipathTable& table);
 
 // The selector of all groups; empty where there is no group or where they differ.

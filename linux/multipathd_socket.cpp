@@ -38,7 +38,10 @@ class Socket {
   bool connect(const std::string& name) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    if (file_ < 0 || name.size() >= sizeof address.sun_path) return false;
+    if (file_ < 0 || name.size() >= sizeof address.sun_path) {
+      errno = file_ < 0 ? EMFILE : ENAMETOOLONG;
+      return false;
+    }
     std::memcpy(address.sun_path, name.data(), name.size());
     const bool abstract = name.starts_with('@');
     if (abstract) address.sun_path[0] = '\0';

@@ -68,8 +68,8 @@ class Reload {
   int activate() {
     const int status = port_.resume(map_);
     if (status == 0) return 0;
+    port_.clear(map_);   // first: the new table may wait again, for the next resume
     port_.resume(map_);  // it may have been left suspended, with the old table
-    port_.clear(map_);
     return status;
   }
 

@@ -11,7 +11,7 @@ packages[bench]="${packages[build]} libbenchmark-dev"
 packages[fuzz]="${packages[build]} clang libclang-rt-14-dev"
 packages[kernel]="${packages[build]} qemu-system-x86 cpio"
 packages[format]="clang-format git"
-packages[check]="${packages[test]} ${packages[format]} ${packages[fuzz]} clang-tidy valgrind mandoc man-db groff python3-clang-14 ${packages[package]} mmdebstrap"
+packages[check]="${packages[test]} ${packages[format]} ${packages[fuzz]} clang-tidy valgrind mandoc man-db groff shellcheck python3-clang-14 ${packages[package]} mmdebstrap"
 
 package_installed() {
   dpkg-query -W -f='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed

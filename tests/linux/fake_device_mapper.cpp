@@ -89,6 +89,7 @@ int FakeDeviceMapper::resume(DeviceNumber device) {
   calls.emplace_back("resume");
   Map* map = find(device);
   if (map == nullptr) return -ENXIO;
+  if (const int status = fault("interrupt"); status != 0) return status;
   if (const int status = fault("resume"); status != 0) {
     map->suspended = true;
     map->hasLoaded = false;  // the kernel throws a table away that it cannot put in force

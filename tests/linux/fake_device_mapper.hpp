@@ -43,7 +43,8 @@ class FakeDeviceMapper final : public sys::DeviceMapperPort {
   int listStatus = 0;
   bool tellsUuids = true;
   bool clampsRepeats = true;  // as the driver does since 4.11
-  // The next operation of that name fails: "load", "resume" (left suspended), "message", "swap"
+  // The next operation of that name fails: "load", "resume" (left suspended), "interrupt"
+  // (a resume that changes nothing, the loaded table still waits), "message", "swap"
   // (the resume succeeds, with the table it was given changed).
   std::map<std::string, int> faults;
 

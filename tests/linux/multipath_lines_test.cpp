@@ -95,6 +95,11 @@ TEST(MultipathTable, IsRefusedWhereAWordIsMissingOrWrong) {
   }
 }
 
+TEST(MultipathTable, OnlyKnownSelectorsTellARepeatCount) {
+  EXPECT_EQ(repeatCount(parseMultipathTable("0 0 1 1 queue-length 0 1 1 8:0 7").value()), 7u);
+  EXPECT_EQ(repeatCount(parseMultipathTable("0 0 1 1 io-affinity 0 1 1 8:0 3").value()), 0u);
+}
+
 TEST(MultipathTable, LinesWithoutEndAreRefused) {
   std::string endless = "0 0 1 1 round-robin 0 70000 0";
   for (int i = 0; i < 70000; ++i) endless += " 8:0";

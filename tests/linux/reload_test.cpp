@@ -85,6 +85,14 @@ TEST_F(ReloadTest, ResumesAgainWhereTheSwapFails) {
   expectOldTable();
 }
 
+TEST_F(ReloadTest, LeavesNoTableWaitingWhereTheSwapIsInterrupted) {
+  map.failed = {{8, 32}};
+  port.faults["interrupt"] = -EINTR;
+  EXPECT_EQ(to("Modified Round Robin"), -EINTR);
+  expectOldTable();
+  EXPECT_THAT(map.failed, testing::ElementsAre(sys::DeviceNumber{8, 32}));
+}
+
 TEST_F(ReloadTest, PutsTheOldTableBackWhereTheNewOneReadsOtherwise) {
   port.faults["swap"] = 1;
   EXPECT_EQ(to("Modified Round Robin"), -EIO);

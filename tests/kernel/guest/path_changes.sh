@@ -32,6 +32,7 @@ change_last_path() {
   for disk in $(paths_of mpatha | cut -d' ' -f1); do
     set_path mpatha "$disk" -d >/tmp/out
     has "every path disabled, $disk: message or none" '^(Unable to disable path: .+)?$' "$(cat /tmp/out)"
+    same "every path disabled, $disk: disabled, or it said so" "$([ -s /tmp/out ] && echo A || echo F)" "$(path_state mpatha "$disk")"
   done
   check_agreement "every path disabled"
   for disk in $(paths_of mpatha | cut -d' ' -f1); do

@@ -1,9 +1,12 @@
 # shellcheck shell=busybox
 # The tool, what it says as facts, and the same facts from the kernel, to be compared with `agree`.
 
-# Nothing that the tool does may hang: a run that does not end by itself in time says so on the console and in its output.
+# Nothing that the tool does may hang or crash: a run that does not end by itself in time says so in its output.
 tool() {
-  timeout 60 tavrenix "$@" || { [ $? -ne 143 ] || echo "the tool hung: $*"; }
+  local status=0
+  timeout 60 tavrenix "$@" || status=$?
+  [ $status -lt 128 ] || echo "the tool ended with status $status: $*"
+  return $status
 }
 
 # identifier_of WWID: how the tool names that unit. Prefixes 3 and 2 stand before binary designators, others before text.

@@ -39,7 +39,8 @@ walk "two groups" 0 2 ""
 # An event of a table's change that lacks the multipath flag makes udev scan the map anew.
 sleep 1
 kill %1 2>/dev/null
+wait %1
 awk 'BEGIN { RS = "" } /ACTION=change/ && /DM_COOKIE=/ && /DM_NAME=mpatha/ && !/DM_SUBSYSTEM_UDEV_FLAG0=1/ { n++ } END { print n + 0 }' \
   /tmp/events >/tmp/scans
 # Each of the four maps is scanned once, when it is made.
-at_most "scans by udev" 4 "$(cat /tmp/scans)"
+same "scans by udev" 4 "$(cat /tmp/scans)"

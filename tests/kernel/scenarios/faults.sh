@@ -41,6 +41,7 @@ same "a disk that comes and goes: no map lost" 2 "$(maps | wc -l)"
 
 # Every disk of a unit gone, its map still there.
 udevadm settle
+gone=$(path_id mpathb "$(paths_of mpathb | head -n 1 | cut -d' ' -f1)")
 for disk in /sys/block/sd*; do
   case $(cat "$disk/device/wwid") in *"$(wwid_of mpathb | cut -c2-)") echo 1 >"$disk/device/delete" ;; esac
 done
@@ -51,10 +52,15 @@ same "no disk left: listed" 1 "$(awk -f /tests/report.awk /tmp/out | grep -c "^u
 before=$(dmsetup table mpathb | tr ' ' '\n' | grep -c :)
 set_algorithm mpathb RoundRobin >/tmp/out
 has "no disk left: the algorithm changes or is refused" '^(Unable to change algorithm: .+)?$' "$(cat /tmp/out)"
+same "no disk left: the algorithm is set, or it said so" "$([ -s /tmp/out ] && echo service-time || echo round-robin)*1" "$(selectors_of mpathb)"
+has "no disk left: a path that was there a moment ago" '^Unable to find path .' \
+  "$(tool modify path -l "$(identifier mpathb)" -i "$gone" -d)"
 same "no disk left: nothing lost from the table" "$before" "$(dmsetup table mpathb | tr ' ' '\n' | grep -c :)"
 
 # A map without any path in its table.
+unit=$(identifier mpathb)
 dmsetup remove mpathb
+has "a unit that was there a moment ago" '^Unable to find lun .' "$(tool modify lun -i "$unit" -a LeastIO)"
 echo "0 16384 multipath 0 0 0 0" | dmsetup create empty -u mpath-3600a0b80001122334455667788990aab
 udevadm settle
 same "no path in the table: listed" 1 "$(list_facts | grep -c '^unit 600A0B80001122334455667788990AAB|empty|')"

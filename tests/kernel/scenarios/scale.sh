@@ -104,4 +104,5 @@ same "a thousand maps" 1000 "$(maps | wc -l)"
 many=$(milliseconds 1 tavrenix list)
 say "1000 units of 4 paths: tavrenix list takes $many ms, dmsetup table $(milliseconds 1 dmsetup table) ms"
 say "a unit costs $(awk -v a="$many" -v b="$own" 'BEGIN { printf "%.2f", (a / 1000) / (b / 64) }') times what it costs among 64; goal: about 1"
+at_most "system calls a path of 1000 units, in hundredths" 1200 $(($(system_calls) * 100 / 4000))
 same "1000 units listed" 1000 "$(tool list | grep -cE '^ *[0-9]+ unit[0-9]+ ')" # the thousandth row is a column wider
