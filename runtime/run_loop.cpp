@@ -78,10 +78,10 @@ RunLoop::Result RunLoop::run(const String& mode, double seconds) {
   const auto deadline = deadlineIn(seconds);
   const Pass pass(*this);
   for (;;) {
-    if (stopped_.exchange(false)) return Result::kStopped;
-    // Before the sources are looked at, so that a signal that comes later is not forgotten.
+    // Before anything is looked at, so that a stop or a signal that comes later is not forgotten.
     eventfd_t wakes;
     eventfd_read(descriptor_, &wakes);
+    if (stopped_.exchange(false)) return Result::kStopped;
     const auto sources = members(mode);
     if (sources.empty()) return Result::kFinished;
     performEach(sources, mode);

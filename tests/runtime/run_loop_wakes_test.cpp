@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 
+#include <atomic>
 #include <functional>
+#include <thread>
 
 #include "runtime/run_loop.hpp"
 
@@ -66,6 +68,27 @@ TEST_F(RunLoopWakes, ACallbackThatLooksAtAnotherModeLeavesTheEndToTheRunAroundIt
   };
   source->signal();
   EXPECT_EQ(loop.run(ob::kDefaultMode, 60), ob::RunLoop::Result::kFinished);
+}
+
+// A wake sends the run round; the stop comes while it is on its way.
+TEST_F(RunLoopWakes, AStopThatComesRightAfterAWakeIsNotLost) {
+  constexpr int kRounds = 20000;
+  std::atomic<int> round{0};
+  std::thread other([&] {
+    for (int next = 1; next <= kRounds; ++next) {
+      while (round.load() != next) std::this_thread::yield();
+      loop.wakeUp();
+      loop.stop();
+    }
+  });
+  int stopped = 0;
+  for (int next = 1; next <= kRounds; ++next) {
+    round = next;
+    if (loop.run(ob::kDefaultMode, ob::RunLoop::kForever) == ob::RunLoop::Result::kStopped)
+      ++stopped;
+  }
+  other.join();
+  EXPECT_EQ(stopped, kRounds);
 }
 
 }  // namespace
