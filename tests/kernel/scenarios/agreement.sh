@@ -11,6 +11,11 @@ multipath -F
 same "maps left" 0 "$(maps | wc -l)"
 
 maps_by_hand queue-length
+cat /sys/block/sd*/stat >/tmp/io.before
+list_facts >/tmp/list.facts
+info_facts >/tmp/info.facts
+cat /sys/block/sd*/stat >/tmp/io.after
+same "list and info read nothing from a disk" "$(cat /tmp/io.before)" "$(cat /tmp/io.after)"
 check_agreement "by hand"
 check_multipath "by hand"
 failed=$(paths_of mpathb | head -n 1)

@@ -16,6 +16,18 @@ dmsetup resume mpatha
 same "a resumed map: changing the algorithm" "" "$(set_algorithm mpatha RoundRobin)"
 same "a resumed map: set" "Modified Round Robin" "$(algorithm_of mpatha)"
 
+# Groups of different selectors: no algorithm is the map's, and a change makes one of them.
+differing_groups() {
+  echo "0 16384 multipath 0 0 2 1 round-robin 0 1 1 $1 1 queue-length 0 1 1 $2 1" | dmsetup reload mpatha
+  dmsetup resume mpatha
+}
+# shellcheck disable=SC2046 # the two numbers are words
+differing_groups $(paths_of mpatha | cut -d' ' -f2)
+same "groups that differ: selectors" "queue-length*1 round-robin*1" "$(selectors_of mpatha | paste -sd ' ')"
+same "groups that differ: listed" 2 "$(list_facts | grep -c '^unit ')"
+same "groups that differ: changing the algorithm" "" "$(set_algorithm mpatha LeastIO)"
+same "groups that differ: set" "queue-length*2" "$(selectors_of mpatha)"
+
 # A path's disk goes away and comes back while the tool works: each run ends, and says nothing but what it may.
 (
   for round in 1 2 3 4 5 6; do

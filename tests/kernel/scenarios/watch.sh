@@ -45,4 +45,8 @@ told "daemon: the path is added again" "+$line"
 lines=$(unit_lines - mpathb)
 multipathd remove map mpathb >/dev/null
 told "daemon: a unit is removed" "$lines"
+multipathd reconfigure >/dev/null
+until_true 60 map_count_is 2
+lines=$(unit_lines + mpathb)
+told "daemon: the unit is added again" "$lines"
 stop_watch "daemon"
