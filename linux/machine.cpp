@@ -174,7 +174,7 @@ std::shared_ptr<const Place> Machine::place(EntryID path) {
   const auto link = files_.link(folderOf(nameOf(path).device()));
   auto read = link ? parsePlace(*link) : std::nullopt;
   if (!read) return nullptr;
-  const auto place = std::make_shared<const Place>(std::move(*read));
+  auto place = std::make_shared<const Place>(std::move(*read));
   places_.set(path, place);
   return place;
 }
