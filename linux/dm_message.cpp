@@ -78,13 +78,13 @@ void DmMessage::add(const void* bytes, std::size_t count) {
 }
 
 void DmMessage::addTarget(const Target& target) {
-  dm_target_spec spec{};
-  spec.sector_start = target.start;
-  spec.length = target.length;
-  target.type.copy(spec.target_type, sizeof spec.target_type - 1);
-  spec.next = static_cast<std::uint32_t>(aligned(sizeof spec + target.line.size() + 1));
+  dm_target_spec layout{};
+  layout.sector_start = target.start;
+  layout.length = target.length;
+  target.type.copy(layout.target_type, sizeof layout.target_type - 1);
+  layout.next = static_cast<std::uint32_t>(aligned(sizeof layout + target.line.size() + 1));
   head().target_count = 1;
-  add(&spec, sizeof spec);
+  add(&layout, sizeof layout);
   add(target.line.c_str(), target.line.size() + 1);
 }
 
@@ -137,12 +137,13 @@ MapLines DmMessage::lines() const {
   lines.openCount = head().open_count;
   lines.event = head().event_nr;
   const std::string_view bytes = answer();
-  dm_target_spec spec{};
-  for (std::size_t at = 0, i = 0; i < head().target_count && readAt(bytes, at, spec); ++i) {
-    lines.targets.push_back({spec.sector_start, spec.length, std::string(textIn(spec.target_type)),
-                             std::string(textAt(bytes, at + sizeof spec))});
-    if (spec.next <= at) break;
-    at = spec.next;  // counted from the first target
+  dm_target_spec layout{};
+  for (std::size_t at = 0, i = 0; i < head().target_count && readAt(bytes, at, layout); ++i) {
+    lines.targets.push_back({layout.sector_start, layout.length,
+                             std::string(textIn(layout.target_type)),
+                             std::string(textAt(bytes, at + sizeof layout))});
+    if (layout.next <= at) break;
+    at = layout.next;  // counted from the first target
   }
   return lines;
 }

@@ -18,28 +18,19 @@ int openForReading(const std::string& path) {
   return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
 }
 
-// Reads until the file ends; a short read ends an attribute of sysfs, so most take one call.
-std::optional<std::string> readToEnd(int file) {
+// What ends a file: a short read, since attributes of sysfs come in one piece, so that most take
+// one call; or nothing left, since a table of /proc comes about a page at a time.
+enum class End { kShortRead, kNothing };
+
+std::optional<std::string> readToEnd(int file, std::size_t most, End end) {
   std::string content;
   char buffer[4096];
-  while (content.size() < HostFiles::kMostBytes) {
-    const ssize_t got = ::read(file, buffer, sizeof buffer);
-    if (got < 0) return std::nullopt;
-    content.append(buffer, static_cast<std::size_t>(got));
-    if (static_cast<std::size_t>(got) < sizeof buffer) break;
-  }
-  return content;
-}
-
-// Reads until nothing comes: a table of /proc gives about a page at a time.
-std::optional<std::string> readTableToEnd(int file) {
-  std::string content;
-  char buffer[16384];
-  while (content.size() < HostFiles::kMostTableBytes) {
+  while (content.size() < most) {
     const ssize_t got = ::read(file, buffer, sizeof buffer);
     if (got < 0) return std::nullopt;
     if (got == 0) break;
     content.append(buffer, static_cast<std::size_t>(got));
+    if (end == End::kShortRead && static_cast<std::size_t>(got) < sizeof buffer) break;
   }
   return content;
 }
@@ -70,7 +61,7 @@ std::optional<std::string> HostFiles::read(const std::string& path) const {
 std::optional<std::string> HostFiles::readTable(const std::string& path) const {
   const int file = openForReading(root_ + path);
   if (file < 0) return std::nullopt;
-  auto content = readTableToEnd(file);
+  auto content = readToEnd(file, kMostTableBytes, End::kNothing);
   ::close(file);
   return content;
 }
@@ -83,7 +74,7 @@ void HostFiles::readAll(const std::string* paths, std::optional<std::string>* co
     const int file = openForReading(root_ + paths[i]);
     if (file < 0) continue;
     files.push_back(file);
-    contents[i] = readToEnd(file);
+    contents[i] = readToEnd(file, kMostBytes, End::kShortRead);
   }
   closeAll(files.data(), files.size());
 }

@@ -49,8 +49,7 @@ std::optional<Place> parsePlace(std::string_view link) {
   link.remove_prefix(kUpToSysfs.size());
   if (link.find("..") != std::string_view::npos) return std::nullopt;
   Place place;
-  place.folder = "/sys" + std::string(link);
-  place.device = place.folder.substr(0, place.folder.rfind('/'));
+  place.device = "/sys" + std::string(link.substr(0, link.rfind('/')));
   // The kernel puts this one between a device and disks of another class.
   if (place.device.ends_with("/block")) place.device.resize(place.device.rfind('/'));
   while (!link.empty()) {

@@ -23,8 +23,7 @@ enum class Transport { kUnknown, kFibreChannel, kSas, kIscsi };
 
 struct Place {
   std::string name;    // "sdc"; safe in a path
-  std::string folder;  // of the disk itself; no links lead there, so it is the quickest way
-  std::string device;  // folder of what the disk is a disk of, the SCSI device
+  std::string device;  // folder of what the disk is a disk of, the SCSI device; no links lead there
   std::optional<ScsiAddress> address;
   Transport transport = Transport::kUnknown;
 };

@@ -81,7 +81,6 @@ TEST(Place, IsReadFromTheLink) {
   EXPECT_EQ(fc->transport, Transport::kFibreChannel);
   EXPECT_EQ(fc->device,
             "/sys/devices/pci0000:00/0000:00:05.0/host3/rport-3:0-1/target3:0:1/3:0:1:5");
-  EXPECT_EQ(fc->folder, fc->device + "/block/sdc");
   // Some disks stand right below what they are disks of.
   EXPECT_EQ(parsePlace("../../devices/pci/nvme/nvme0/nvme0n1")->device,
             "/sys/devices/pci/nvme/nvme0");
