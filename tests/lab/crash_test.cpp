@@ -17,10 +17,10 @@ constexpr bool kSanitized = TAVRENIX_SANITIZED;
 
 // The command that is killed, and what follows it.
 std::string modifyUnit(const std::string& image) {
-  return "'" TAVRENIX_LAB "' " + image + " modify lun --id " + kUnit + " --algorithm LeastBytes";
+  return "'" TAVRENIX_LAB "' '" + image + "' modify lun --id " + kUnit + " --algorithm LeastBytes";
 }
 std::string modifyPath(const std::string& image) {
-  return "'" TAVRENIX_LAB "' " + image + " modify path --lun " + kUnit + " --id 0101 --disable";
+  return "'" TAVRENIX_LAB "' '" + image + "' modify path --lun " + kUnit + " --id 0101 --disable";
 }
 
 // The contents of the sample, after these commands on it.
