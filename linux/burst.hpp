@@ -26,9 +26,8 @@ class Burst {
 
   // Whether a question that begins now belongs to the burst of the last answer.
   bool goesOn() const { return sinceAnswer() < kLong * pause_; }
-  bool needsCheck() const {
-    return sinceAnswer() >= pause_ || Clock::now() - lastCheck_ >= kLong * pause_;
-  }
+  bool paused() const { return sinceAnswer() >= pause_; }
+  bool needsCheck() const { return paused() || Clock::now() - lastCheck_ >= kLong * pause_; }
   void answered() { lastAnswer_ = Clock::now(); }
   void checked() { lastCheck_ = Clock::now(); }
 

@@ -13,11 +13,6 @@ namespace tavrenix::sys {
 
 namespace {
 
-// The folders on the way may be links of sysfs; what is read never is one.
-int openForReading(const std::string& path) {
-  return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
-}
-
 // What ends a file: a short read, since attributes of sysfs come in one piece, so that most take
 // one call; or nothing left, since a table of /proc comes about a page at a time.
 enum class End { kShortRead, kNothing };
@@ -35,20 +30,39 @@ std::optional<std::string> readToEnd(int file, std::size_t most, End end) {
   return content;
 }
 
-// Closes files whose numbers run on with one call: all numbers in between are ours, so no other
-// thread can have them.
-void closeAll(const int* files, std::size_t count) {
-  for (std::size_t begin = 0; begin < count;) {
-    std::size_t end = begin + 1;
-    while (end < count && files[end] == files[end - 1] + 1) ++end;
-    const auto first = static_cast<unsigned>(files[begin]);
-    const auto last = static_cast<unsigned>(files[end - 1]);
-    if (end - begin == 1 || ::close_range(first, last, 0) != 0) {
-      for (std::size_t i = begin; i < end; ++i) ::close(files[i]);
-    }
-    begin = end;
+// Files that are open until the end of the block.
+class OpenFiles {
+ public:
+  explicit OpenFiles(std::size_t most) { files_.reserve(most); }
+  OpenFiles(const OpenFiles&) = delete;
+  OpenFiles& operator=(const OpenFiles&) = delete;
+  ~OpenFiles() {
+    for (std::size_t begin = 0; begin < files_.size();) begin = closeRun(begin);
   }
-}
+  // The folders on the way may be links of sysfs; what is read never is one.
+  int open(const std::string& path) {
+    const int file =
+        ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
+    if (file >= 0) files_.push_back(file);
+    return file;
+  }
+
+ private:
+  // Closes files whose numbers run on with one call: all numbers in between are ours, so no other
+  // thread can have them. Returns where the run ends.
+  std::size_t closeRun(std::size_t begin) const {
+    std::size_t end = begin + 1;
+    while (end < files_.size() && files_[end] == files_[end - 1] + 1) ++end;
+    const auto first = static_cast<unsigned>(files_[begin]);
+    const auto last = static_cast<unsigned>(files_[end - 1]);
+    if (end - begin == 1 || ::close_range(first, last, 0) != 0) {
+      for (std::size_t i = begin; i < end; ++i) ::close(files_[i]);
+    }
+    return end;
+  }
+
+  std::vector<int> files_;
+};
 
 }  // namespace
 
@@ -59,24 +73,18 @@ std::optional<std::string> HostFiles::read(const std::string& path) const {
 }
 
 std::optional<std::string> HostFiles::readTable(const std::string& path) const {
-  const int file = openForReading(root_ + path);
-  if (file < 0) return std::nullopt;
-  auto content = readToEnd(file, kMostTableBytes, End::kNothing);
-  ::close(file);
-  return content;
+  OpenFiles files(1);
+  const int file = files.open(root_ + path);
+  return file < 0 ? std::nullopt : readToEnd(file, kMostTableBytes, End::kNothing);
 }
 
 void HostFiles::readAll(const std::string* paths, std::optional<std::string>* contents,
                         std::size_t count) const {
-  std::vector<int> files;
-  files.reserve(count);
+  OpenFiles files(count);
   for (std::size_t i = 0; i < count; ++i) {
-    const int file = openForReading(root_ + paths[i]);
-    if (file < 0) continue;
-    files.push_back(file);
-    contents[i] = readToEnd(file, kMostBytes, End::kShortRead);
+    const int file = files.open(root_ + paths[i]);
+    if (file >= 0) contents[i] = readToEnd(file, kMostBytes, End::kShortRead);
   }
-  closeAll(files.data(), files.size());
 }
 
 std::optional<std::string> HostFiles::link(const std::string& path) const {
@@ -86,14 +94,14 @@ std::optional<std::string> HostFiles::link(const std::string& path) const {
   return std::string(target, static_cast<std::size_t>(length));
 }
 
-std::vector<std::string> HostFiles::names(const std::string& folder) const {
-  std::vector<std::string> found;
+std::vector<HostFiles::Entry> HostFiles::entries(const std::string& folder) const {
+  std::vector<Entry> found;
   const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir((root_ + folder).c_str()), ::closedir);
   if (open == nullptr) return found;
-  while (found.size() < kMostNames) {
+  while (found.size() < kMostEntries) {
     const dirent* entry = ::readdir(open.get());
     if (entry == nullptr) break;
-    if (isDeviceName(entry->d_name)) found.emplace_back(entry->d_name);
+    if (isDeviceName(entry->d_name)) found.push_back({entry->d_name, entry->d_ino});
   }
   return found;
 }

@@ -19,7 +19,7 @@ class HostFiles {
  public:
   // No attribute of sysfs is longer than a page; records of udev are cut here as well.
   static constexpr std::size_t kMostBytes = 65536;
-  static constexpr std::size_t kMostNames = 65536;
+  static constexpr std::size_t kMostEntries = 65536;
   static constexpr std::size_t kMostTableBytes = std::size_t{64} << 20;
 
   // root without a slash at its end; empty for the machine itself.
@@ -40,8 +40,12 @@ class HostFiles {
   }
   // Where the symbolic link leads.
   std::optional<std::string> link(const std::string& path) const;
-  // The names in the folder that can be those of devices, in no order.
-  std::vector<std::string> names(const std::string& folder) const;
+  struct Entry {
+    std::string name;
+    std::uint64_t inode;  // as the folder has it: mostly what inode() answers
+  };
+  // What is in the folder under names that can be those of devices, in no order.
+  std::vector<Entry> entries(const std::string& folder) const;
   bool exists(const std::string& path) const;
   // The number of the inode of a file, a folder or, as they are not followed, a link. The kernel
   // gives every object of sysfs one that it does not give again (64-bit kernels since 5.5).

@@ -17,6 +17,12 @@ std::string folderOf(DeviceNumber device) {
   return "/sys/dev/block/" + device.text();
 }
 
+// What stands for the link of a device number or of a host: a map, a path and a medium of one
+// number have one.
+EntryID linkOf(EntryName name) {
+  return makeEntryID({name.kind == Kind::kHost ? Kind::kHost : Kind::kUnit, name.number}, 0);
+}
+
 std::vector<DeviceNumber> pathsIn(const MultipathTable& table) {
   std::vector<DeviceNumber> paths;
   for (const auto& group : table.groups) {
@@ -71,8 +77,8 @@ void Machine::forgetAll() {
 
 void Machine::forgetWhatNothingTellsOf() {
   labels_.clear();
-  counterQuestions_ = 0;
-  counters_ = {};
+  if (burst_.paused()) counterQuestions_ = 0;
+  counters_.reset();
 }
 
 std::uint32_t Machine::readGeneration() {
@@ -164,11 +170,15 @@ Identity Machine::identityOfPath(EntryID path) {
   if (const EntryID* unit = unitOfPath_.find(path)) {
     if (const Identity* identity = rememberIdentity(*unit)) return *identity;
   }
-  return verify(path) ? readIdentity(nameOf(path).device()) : Identity{};
+  return readIdentity(path);
 }
 
 std::shared_ptr<const Place> Machine::place(EntryID path) {
   const Question question(*this);
+  return placeOf(path);
+}
+
+std::shared_ptr<const Place> Machine::placeOf(EntryID path) {
   if (nameOf(path).kind != Kind::kPath || !verify(path)) return nullptr;
   if (const auto* known = places_.find(path)) return *known;
   const auto link = files_.link(folderOf(nameOf(path).device()));
@@ -180,16 +190,13 @@ std::shared_ptr<const Place> Machine::place(EntryID path) {
 }
 
 std::optional<std::string> Machine::counters(EntryID id) {
-  // Who asks about a few devices is not made to wait for the counters of all.
-  constexpr std::size_t kFewQuestions = 8;
   const Question question(*this);
   if (!verify(id)) return std::nullopt;
   const DeviceNumber device = nameOf(id).device();
-  const std::size_t asked = counterQuestions_++;
-  if (asked == kFewQuestions || (asked > kFewQuestions && counters_.taken(device))) {
-    counters_ = DiskCounters(files_.readTable("/proc/diskstats").value_or(""));
+  if (counterQuestions_++ >= kFewQuestions && (!counters_ || counters_->taken(device))) {
+    counters_.emplace(files_.readTable("/proc/diskstats").value_or(""));
   }
-  auto counters = counters_.take(device);
+  auto counters = counters_ ? counters_->take(device) : std::nullopt;
   return counters ? counters : files_.read(folderOf(device) + "/stat");
 }
 
@@ -238,13 +245,23 @@ std::vector<std::uint8_t> Machine::portIdentifierOfHost(EntryID host) {
 }
 
 std::optional<std::uint64_t> Machine::inodeOf(EntryName name) {
-  // A map, a path and a medium of one number have one link.
-  const Kind kind = name.kind == Kind::kHost ? Kind::kHost : Kind::kUnit;
-  const EntryID key = makeEntryID({kind, name.number}, 0);
+  const EntryID key = linkOf(name);
   if (const auto* known = inodes_.find(key)) return *known;
   const auto inode = files_.inode(sys::folderOf(name));
   inodes_.set(key, inode);
+  if (inodes_.size() == kFewQuestions) readInodesOfAll(key);
   return inode;
+}
+
+void Machine::readInodesOfAll(EntryID known) {
+  decltype(inodes_) listed;
+  for (const auto& [name, inode] : files_.entries("/sys/dev/block")) {
+    if (const auto device = parseDeviceNumber(name))
+      listed.set(linkOf(deviceEntry(Kind::kUnit, *device)), inode);
+  }
+  // Some file systems list other numbers than they tell of each file; sysfs is none of them.
+  const auto* same = listed.find(known);
+  if (same != nullptr && *same == *inodes_.find(known)) inodes_ = std::move(listed);
 }
 
 bool Machine::verify(EntryID id) {
@@ -287,7 +304,8 @@ const Identity* Machine::rememberIdentity(EntryID id) {
   const auto unit = readUnit(id);
   if (!unit || unit->paths.empty()) return nullptr;
   for (const auto disk : unit->paths) {
-    const Identity identity = readIdentity(disk);
+    const auto path = identify(deviceEntry(Kind::kPath, disk));
+    const Identity identity = path ? readIdentity(*path) : Identity{};
     if (identity.vendor.empty() && identity.product.empty()) continue;  // not there, not SCSI
     identities_.set(id, identity);
     return identities_.find(id);
@@ -295,8 +313,10 @@ const Identity* Machine::rememberIdentity(EntryID id) {
   return nullptr;
 }
 
-Identity Machine::readIdentity(DeviceNumber disk) const {
-  const std::string folder = folderOf(disk) + "/device/";
+Identity Machine::readIdentity(EntryID path) {
+  const auto place = placeOf(path);
+  if (!place) return {};
+  const std::string folder = place->device + '/';
   if (const auto data = files_.read(folder + "inquiry")) {
     if (const auto inquiry = parseInquiry(*data)) return *inquiry;
   }

@@ -81,17 +81,22 @@ class Machine {
   // One question: holds mutex_, and forgets first what may not be told again.
   class Question;
 
+  // Who asks about a few devices is not made to wait for what a machine tells of all.
+  static constexpr std::size_t kFewQuestions = 8;
+
   // These hold mutex_ already.
   void forgetAll();
   void forgetWhatNothingTellsOf();
   std::uint32_t readGeneration();
   std::optional<std::uint64_t> inodeOf(EntryName name);
+  void readInodesOfAll(EntryID known);
   bool verify(EntryID id);
+  std::shared_ptr<const Place> placeOf(EntryID path);
   std::optional<EntryID> identify(EntryName name);
   std::shared_ptr<const Unit> readUnit(EntryID id);
   Answer<std::shared_ptr<const Unit>> readMap(DeviceNumber device);
   const Identity* rememberIdentity(EntryID unit);
-  Identity readIdentity(DeviceNumber disk) const;
+  Identity readIdentity(EntryID path);
 
   const HostFiles& files_;
   DeviceMapperPort& port_;
@@ -104,7 +109,7 @@ class Machine {
   ob::NumberMap<std::optional<MultipathStatus>> statuses_;
   ob::NumberMap<std::optional<std::string>> labels_;
   std::size_t counterQuestions_ = 0;
-  DiskCounters counters_;
+  std::optional<DiskCounters> counters_;
   // For the life of a device.
   ob::NumberMap<std::shared_ptr<const Place>> places_;
   ob::NumberMap<Identity> identities_;  // of units

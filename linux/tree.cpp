@@ -30,7 +30,7 @@ bool isUnit(const Machine& machine, DeviceNumber device) {
 // The devices in the "holders" or "slaves" folder of a device, in the order of their numbers.
 std::vector<DeviceNumber> neighbours(const Machine& machine, EntryID id, const char* folder) {
   std::vector<DeviceNumber> found;
-  for (const auto& name : machine.files().names(folderOf(nameOf(id)) + folder)) {
+  for (const auto& [name, inode] : machine.files().entries(folderOf(nameOf(id)) + folder)) {
     if (const auto device = numberOfDisk(machine, name)) found.push_back(*device);
   }
   std::sort(found.begin(), found.end());
@@ -179,7 +179,7 @@ bool isLeaf(Machine& machine, EntryID medium) {
   // Whatever lies on a map has it open, so most maps need no look into their folder.
   const auto map = machine.unit(withKind(medium, Kind::kUnit));
   if (map && map->lines.openCount == 0) return true;
-  return machine.files().names(folderOf(nameOf(medium)) + "/holders").empty();
+  return machine.files().entries(folderOf(nameOf(medium)) + "/holders").empty();
 }
 
 }  // namespace tavrenix::sys

@@ -9,7 +9,7 @@ packages[coverage]="${packages[test]} clang llvm libclang-rt-14-dev"
 packages[mutants]="${packages[test]} git python3-clang-14"
 packages[bench]="${packages[build]} libbenchmark-dev"
 packages[fuzz]="${packages[build]} clang libclang-rt-14-dev"
-packages[kernel]="${packages[build]} qemu-system-x86 cpio"
+packages[kernel]="${packages[test]} qemu-system-x86 cpio"
 packages[format]="clang-format git"
 packages[check]="${packages[test]} ${packages[format]} ${packages[fuzz]} clang-tidy valgrind mandoc man-db groff shellcheck python3-clang-14 ${packages[package]} mmdebstrap"
 

@@ -9,6 +9,10 @@
 namespace tavrenix::test {
 namespace {
 
+using testing::_;
+using testing::FieldsAre;
+using testing::UnorderedElementsAre;
+
 std::size_t openFiles() {
   std::size_t count = 0;
   for ([[maybe_unused]] const auto& file : std::filesystem::directory_iterator("/proc/self/fd"))
@@ -21,7 +25,8 @@ TEST(HostFiles, ReadsLinksAndFoldersOfARecordedMachine) {
   EXPECT_EQ(files.read("/sys/block/dm-0/dm/name"), "mpatha\n");
   EXPECT_THAT(files.link("/sys/dev/block/8:0").value_or(""),
               testing::EndsWith("/0:0:0:0/block/sda"));
-  EXPECT_THAT(files.names("/sys/block/dm-0/slaves"), testing::UnorderedElementsAre("sda", "sde"));
+  EXPECT_THAT(files.entries("/sys/block/dm-0/slaves"),
+              UnorderedElementsAre(FieldsAre("sda", _), FieldsAre("sde", _)));
   // A link stands for itself: the kernel makes a new one for the next bearer of the number.
   ASSERT_TRUE(files.inode("/sys/dev/block/8:0"));
   EXPECT_NE(files.inode("/sys/dev/block/8:0"), files.inode("/sys/dev/block/8:0/"));
@@ -35,7 +40,7 @@ TEST(HostFiles, ToldOfWhatIsNotThereAnswersNothing) {
   EXPECT_FALSE(files.link("/sys/block/dm-0/dm/name"));
   EXPECT_FALSE(files.inode("/sys/none"));
   EXPECT_FALSE(files.exists("/sys/none"));
-  EXPECT_TRUE(files.names("/sys/none").empty());
+  EXPECT_TRUE(files.entries("/sys/none").empty());
 }
 
 TEST(HostFiles, FollowsFoldersButNoFile) {

@@ -44,6 +44,26 @@ TEST(LinuxRegistry, UnitsAreTheMultipathMaps) {
   EXPECT_EQ(ofClass(machine, registry::kLogicalUnitClass).size(), 4u);
 }
 
+TEST(LinuxRegistry, WhoAsksAboutManyDevicesAsksOnceForAll) {
+  const CopiedMachine copy("states");
+  RecordedMachine machine(copy.root.string());
+  sys::LinuxHost host(sys::HostFiles(copy.root.string()), machine.port, machine.daemon, 0,
+                      std::chrono::hours(1));
+  const auto isThere = [](sys::LinuxHost& asked, EntryID id) {
+    const RegistryHandle entry = asked.registry().findServiceByEntryID(id);
+    if (entry != 0) asked.registry().release(entry);
+    return entry != 0;
+  };
+  const EntryID last = machine.id(Kind::kPath, {8, 112});
+  for (std::uint32_t number = 0; number < 4; ++number) {
+    EXPECT_TRUE(isThere(host, machine.id(Kind::kUnit, {254, number})));
+    EXPECT_TRUE(isThere(host, machine.id(Kind::kPath, {8, 16 * number})));
+  }
+  std::filesystem::remove(copy.root / "sys/dev/block/8:112");
+  EXPECT_TRUE(isThere(host, last)) << "read with the eighth";
+  EXPECT_FALSE(isThere(machine.host, last));
+}
+
 TEST(LinuxRegistry, AUnitSaysWhoItIs) {
   RecordedMachine machine("volumes");
   const auto unit = machine.properties(machine.id(Kind::kUnit, {254, 0}));
