@@ -71,6 +71,11 @@ void Machine::forgetAll() {
   inodes_.clear();
   units_.clear();
   statuses_.clear();
+  places_.clear();
+  identities_.clear();
+  unitOfPath_.clear();
+  interconnects_.clear();
+  portIdentifiers_.clear();
   forgetWhatNothingTellsOf();
   burst_.checked();
 }

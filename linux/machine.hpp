@@ -1,8 +1,7 @@
 // The machine as the registry sees it: multipath maps, their paths, SCSI hosts, media.
 //
-// What never changes while a device lives (where it stands, what it calls itself) is read once and
-// kept. Everything else, entry IDs included, is looked at when asked for, once in a burst of
-// questions (see burst.hpp). Threads: one lock guards what is kept; any operation on any thread.
+// Everything is looked at when asked for, once in a burst of questions (see burst.hpp). Threads: one
+// lock guards what is kept; any operation on any thread.
 #pragma once
 
 #include <memory>
@@ -103,14 +102,13 @@ class Machine {
   std::mutex mutex_;
   Burst burst_;
   std::uint32_t generation_ = 0;
-  // For one burst.
+  // All of this for one burst.
   ob::NumberMap<std::optional<std::uint64_t>> inodes_;  // by link
   ob::NumberMap<std::shared_ptr<const Unit>> units_;
   ob::NumberMap<std::optional<MultipathStatus>> statuses_;
   ob::NumberMap<std::optional<std::string>> labels_;
   std::size_t counterQuestions_ = 0;
   std::optional<DiskCounters> counters_;
-  // For the life of a device.
   ob::NumberMap<std::shared_ptr<const Place>> places_;
   ob::NumberMap<Identity> identities_;  // of units
   ob::NumberMap<EntryID> unitOfPath_;

@@ -46,10 +46,17 @@ class LinuxRegistry final : public MPIODeviceRegistry {
                                                          NotificationDelivery deliver) override;
 
   // For the neighbouring seams of the same host.
-  std::optional<EntryID> entryIDOf(RegistryHandle entry) const { return handles_.entry(entry); }
+  std::optional<EntryID> entryIDOf(RegistryHandle entry) const {
+    return handles_.get<EntryID>(entry);
+  }
   std::size_t openHandles() const { return handles_.size(); }
 
  private:
+  using Iterator = HandleTable::All::Iterator;
+
+  ob::Ref<NotificationPort> portOf(RegistryPort port) const;
+  std::shared_ptr<Registration> registrationOf(RegistryHandle handle) const;
+
   Machine& machine_;
   Requests requests_;
   HandleTable handles_;

@@ -6,20 +6,8 @@ namespace tavrenix::memory {
 
 using Lock = std::lock_guard<std::mutex>;
 
-RegistryHandle MemoryRegistry::open(Slot slot) {
-  if (freeSlots_.empty()) {
-    freeSlots_.reserve(slots_.size() + 1);  // so that release never needs memory
-    slots_.push_back(std::move(slot));
-    return static_cast<RegistryHandle>(slots_.size());
-  }
-  const RegistryHandle handle = freeSlots_.back();
-  freeSlots_.pop_back();
-  slots_[handle - 1] = std::move(slot);
-  return handle;
-}
-
-Entry* MemoryRegistry::entryOf(RegistryHandle handle) {
-  auto* entry = opened<ob::Ref<Entry>>(handle);
+Entry* MemoryRegistry::entryOf(RegistryHandle handle) const {
+  const auto* entry = handles_.opened<ob::Ref<Entry>>(handle);
   return entry == nullptr ? nullptr : entry->get();
 }
 
@@ -70,33 +58,31 @@ void MemoryRegistry::setWriteHandler(WriteHandler handler) {
 
 std::size_t MemoryRegistry::openHandles() const {
   const Lock lock(mutex_);
-  return slots_.size() - freeSlots_.size();
+  return handles_.size();
 }
 
 std::optional<EntryID> MemoryRegistry::entryIDOf(RegistryHandle entry) const {
   const Lock lock(mutex_);
-  if (entry == 0 || entry > slots_.size()) return std::nullopt;
-  const auto* held = std::get_if<ob::Ref<Entry>>(&slots_[entry - 1]);
-  if (held == nullptr) return std::nullopt;
-  return (*held)->id;
+  const Entry* known = entryOf(entry);
+  return known == nullptr ? std::nullopt : std::optional(known->id);
 }
 
 RegistryHandle MemoryRegistry::findServiceByEntryID(EntryID entryID) {
   const Lock lock(mutex_);
   Entry* entry = tree_.find(entryID);
-  return entry == nullptr ? 0 : open(ob::Ref<Entry>::retain(entry));
+  return entry == nullptr ? 0 : handles_.open(ob::Ref<Entry>::retain(entry));
 }
 
 RegistryResult<RegistryHandle> MemoryRegistry::findServicesByEntryID(EntryID entryID) {
   const Lock lock(mutex_);
   Iterator found;
   if (Entry* entry = tree_.find(entryID)) found.entries.push_back(ob::Ref<Entry>::retain(entry));
-  return {kSuccess, open(std::move(found))};
+  return {kSuccess, handles_.open(std::move(found))};
 }
 
 RegistryResult<RegistryHandle> MemoryRegistry::findServicesByClass(std::string_view className) {
   const Lock lock(mutex_);
-  return {kSuccess, open(Iterator{tree_.ofClass(className)})};
+  return {kSuccess, handles_.open(Iterator{tree_.ofClass(className)})};
 }
 
 RegistryResult<ob::Ref<const ob::Dictionary>> MemoryRegistry::copyProperties(RegistryHandle entry) {
@@ -159,18 +145,15 @@ RegistryResult<RegistryHandle> MemoryRegistry::createIterator(RegistryHandle ent
   const Lock lock(mutex_);
   Entry* known = entryOf(entry);
   if (known == nullptr || plane != registry::kServicePlane) return {kNoSuchObject, 0};
-  return {kSuccess, open(Iterator{tree_.relatives(*known, options)})};
+  return {kSuccess, handles_.open(Iterator{tree_.relatives(*known, options)})};
 }
 
 RegistryHandle MemoryRegistry::iteratorNext(RegistryHandle iterator) {
   const Lock lock(mutex_);
-  if (const auto* registration = opened<std::shared_ptr<Registration>>(iterator)) {
-    auto entry = (*registration)->next();
-    return entry ? open(std::move(*entry)) : 0;
-  }
-  auto* known = opened<Iterator>(iterator);
-  if (known == nullptr || known->next == known->entries.size()) return 0;
-  return open(std::move(known->entries[known->next++]));
+  const auto* registration = handles_.opened<AllHandles::SharedRegistration>(iterator);
+  if (registration == nullptr) return handles_.next(iterator);
+  auto entry = (*registration)->next();
+  return entry ? handles_.open(std::move(*entry)) : 0;
 }
 
 bool MemoryRegistry::conformsTo(RegistryHandle entry, std::string_view className) {
@@ -188,17 +171,12 @@ RegistryResult<EntryID> MemoryRegistry::getEntryID(RegistryHandle entry) {
 }
 
 void MemoryRegistry::release(RegistryHandle handle) {
-  if (handle == 0) return;
-  Slot released;  // destroyed after the lock
+  AllHandles::Slot released;  // destroyed after the lock
   const Lock lock(mutex_);
-  if (handle > slots_.size() || std::holds_alternative<std::monostate>(slots_[handle - 1])) {
-    ob::fatal("a registry handle was released twice");
-  }
-  released = std::exchange(slots_[handle - 1], Slot{});
-  if (const auto* registration = std::get_if<std::shared_ptr<Registration>>(&released)) {
+  released = handles_.release(handle);
+  if (const auto* registration = std::get_if<AllHandles::SharedRegistration>(&released)) {
     registrations_.remove(**registration);
   }
-  freeSlots_.push_back(handle);
 }
 
 }  // namespace tavrenix::memory

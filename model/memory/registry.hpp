@@ -7,10 +7,9 @@
 #include <functional>
 #include <mutex>
 #include <optional>
-#include <variant>
 
+#include "model/handles.hpp"
 #include "model/memory/tree.hpp"
-#include "model/registrations.hpp"
 
 namespace tavrenix::memory {
 
@@ -83,33 +82,22 @@ class MemoryRegistry final : public MPIODeviceRegistry {
                                                          NotificationDelivery deliver) override;
 
  private:
-  struct Iterator {
-    Entries entries;
-    std::size_t next = 0;
-  };
   static bool conforms(const ob::Ref<Entry>& entry, std::string_view className) {
     return entry->itsClass.conformsTo(className);
   }
+  using AllHandles = Handles<ob::Ref<Entry>>;
+  using Iterator = AllHandles::Iterator;
   using Registration = tavrenix::Registration<ob::Ref<Entry>>;
-  using Slot = std::variant<std::monostate, ob::Ref<Entry>, Iterator, ob::Ref<NotificationPort>,
-                            std::shared_ptr<Registration>>;
 
-  // These hold mutex_ already. Handles are positions in slots_ plus one.
-  RegistryHandle open(Slot slot);
-  template <class T>
-  T* opened(RegistryHandle handle) {
-    if (handle == 0 || handle > slots_.size()) return nullptr;
-    return std::get_if<T>(&slots_[handle - 1]);
-  }
-  Entry* entryOf(RegistryHandle handle);
+  // Null where the handle is not that of an entry. Holds mutex_ already.
+  Entry* entryOf(RegistryHandle handle) const;
 
   // Takes mutex_ itself.
   ob::Ref<NotificationPort> portOf(RegistryPort port);
 
   mutable std::mutex mutex_;
   Tree tree_;
-  std::vector<Slot> slots_;
-  std::vector<RegistryHandle> freeSlots_;
+  AllHandles handles_;
   Registrations<ob::Ref<Entry>, conforms> registrations_;
   WriteHandler writeHandler_;
 };

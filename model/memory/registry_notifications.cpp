@@ -8,20 +8,20 @@ namespace tavrenix::memory {
 using Lock = std::lock_guard<std::mutex>;
 
 MemoryRegistry::~MemoryRegistry() {
-  for (const Slot& slot : slots_) {
-    if (const auto* port = std::get_if<ob::Ref<NotificationPort>>(&slot)) (*port)->destroy();
+  for (const auto& slot : handles_.slots()) {
+    if (const auto* port = std::get_if<AllHandles::Port>(&slot)) (*port)->destroy();
   }
 }
 
 ob::Ref<NotificationPort> MemoryRegistry::portOf(RegistryPort port) {
   const Lock lock(mutex_);
-  auto* known = opened<ob::Ref<NotificationPort>>(port);
+  const auto* known = handles_.opened<AllHandles::Port>(port);
   return known == nullptr ? nullptr : *known;
 }
 
 RegistryPort MemoryRegistry::createNotificationPort() {
   const Lock lock(mutex_);
-  return open(ob::make<NotificationPort>());
+  return handles_.open(ob::make<NotificationPort>());
 }
 
 void MemoryRegistry::setDispatchQueue(RegistryPort port, ob::DispatchQueue& queue) {
@@ -53,7 +53,7 @@ RegistryResult<RegistryHandle> MemoryRegistry::addMatchingNotification(
   made->request = std::move(*request);
   made->deliver = std::move(deliver);
   const Lock lock(mutex_);
-  const auto* known = opened<ob::Ref<NotificationPort>>(port);
+  const auto* known = handles_.opened<AllHandles::Port>(port);
   if (known == nullptr) return {kNoSuchObject, 0};
   made->port = *known;
   if (made->request.ofArrivals) {
@@ -61,12 +61,11 @@ RegistryResult<RegistryHandle> MemoryRegistry::addMatchingNotification(
       made->waiting.push_back(std::move(entry));
     }
   }
-  made->handle = open(made);
+  made->handle = handles_.open(made);
   try {
     registrations_.add(made);
   } catch (const std::bad_alloc&) {
-    slots_[made->handle - 1] = Slot{};
-    freeSlots_.push_back(made->handle);
+    handles_.release(made->handle);
     throw;
   }
   return {kSuccess, made->handle};

@@ -115,16 +115,26 @@ TEST(LinuxRegistry, AHostStandsAboveItsPathsAndTheyBelowIt) {
 }
 
 TEST(LinuxRegistry, TheHostsPortIsFoundAboveThePath) {
+  // A name that is not set is passed over.
+  const std::pair<const char*, std::pair<const char*, const char*>> names[] = {
+      {"iscsi_host/host0/hwaddress", {"02:00", "30323A3030"}},
+      {"iscsi_host/host0/initiatorname", {"(null)", "30323A3030"}},
+      {"iscsi_host/host0/initiatorname", {"iqn.a", "69716E2E61"}},
+      {"fc_host/host0/port_name", {"0xffffffffffffffff", "69716E2E61"}},
+      {"fc_host/host0/port_name", {"0x5001438022e50a4c", "5001438022E50A4C"}}};
   const CopiedMachine copy("states");
-  copy.write("/sys/class/fc_host/host0/port_name", "0x5001438022e50a4c\n");
   RecordedMachine machine(copy.root.string());
   const ScopedHandle path(machine.registry(),
                           machine.registry().findServiceByEntryID(machine.id(Kind::kPath, {8, 0})));
-  const auto found = machine.registry().searchProperty(path.get(), registry::kServicePlane,
-                                                       registry::kControllerCharacteristics, 3);
-  ASSERT_NE(ob::as<ob::Dictionary>(found.get()), nullptr);
-  EXPECT_EQ(hexUnder(*ob::as<ob::Dictionary>(found.get()), registry::kSCSIPortIdentifier),
-            "5001438022E50A4C");
+  for (const auto& [file, name] : names) {
+    SCOPED_TRACE(file + std::string(": ") + name.first);
+    copy.write(std::string("/sys/class/") + file, std::string(name.first) + '\n');
+    const auto found = machine.registry().searchProperty(path.get(), registry::kServicePlane,
+                                                         registry::kControllerCharacteristics, 3);
+    ASSERT_NE(ob::as<ob::Dictionary>(found.get()), nullptr);
+    EXPECT_EQ(hexUnder(*ob::as<ob::Dictionary>(found.get()), registry::kSCSIPortIdentifier),
+              name.second);
+  }
 }
 
 TEST(LinuxRegistry, MediaLieOnMediaDownToTheLeaves) {
