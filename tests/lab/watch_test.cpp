@@ -69,6 +69,12 @@ class Watch : public testing::Test {
     output_.closeWriter();
     errors_.closeWriter();
   }
+  // What is there at the start is told while the program still registers; it listens to everything
+  // once it waits.
+  void waitUntilItListens() const {
+    const std::string stat = "/proc/" + std::to_string(process_) + "/stat";
+    while (contentsOf(stat).find(") R ") != std::string::npos) ::usleep(1000);
+  }
   // Kind and identifier of the next lines, in alphabetical order.
   std::vector<std::string> lines(std::size_t count) {
     std::vector<std::string> found;
@@ -119,6 +125,7 @@ TEST_F(Watch, FollowsWhatAnEditorDoesEvenWhereTheGenerationIsForgotten) {
   save(image(path(1, "01") + "," + path(2, "02") + "," + unit(9, "AA", "1, 2")));
   start();
   EXPECT_EQ(lines(3), (Expected{kUnitCame + "AA", kPathCame + "01", kPathCame + "02"}));
+  waitUntilItListens();
   // A path more: the unit stays.
   save(image(path(1, "01") + "," + path(2, "02") + "," + path(3, "03") + "," +
              unit(9, "AA", "1, 2, 3")));
@@ -136,6 +143,7 @@ TEST_F(Watch, FollowsAfterAModifyByAnotherProcess) {
   save(image(two));
   start();
   EXPECT_EQ(lines(4).size(), 4U);
+  waitUntilItListens();
   const std::string modify =
       "'" TAVRENIX_LAB "' '" + image_ + "' modify lun --id AA --algorithm LeastIO > /dev/null";
   ASSERT_EQ(std::system(modify.c_str()), 0);
