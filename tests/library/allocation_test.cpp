@@ -16,50 +16,40 @@ class Allocation : public testing::Test {
   LibraryHost host;
 };
 
-// Runs call with its first allocation failing; whether there was one to fail.
-template <class Call>
-bool failsFirst(Call call) {
-  failAllocationAfter(0);
-  call();
-  return allocationFailed();
-}
-
 TEST_F(Allocation, WithoutPoolACallReturnsItsFailureValueAndNoError) {
   const Handles handles;
-  const auto paths = handles.paths();
   const auto unit = handles.unit();
-  const auto path = at<MPIOLogicalUnitPathRef>(paths, 0);
-  Owned<ObErrorRef> error;
-  host->watch.reset();
-  const void* results[] = {nullptr, nullptr, nullptr};
-  EXPECT_TRUE(failsFirst([&] { results[0] = MPIOCopyLogicalUnits(); }));
-  EXPECT_TRUE(failsFirst([&] { results[1] = MPIOLogicalUnitCopyProperties(unit); }));
-  EXPECT_TRUE(failsFirst([&] { results[2] = MPIOLogicalUnitCopyPaths(unit); }));
-  for (const void* result : results) EXPECT_EQ(result, nullptr);
-  bool done = true;
-  // A path handle where a unit is wanted: without a pool not even that is told.
-  const auto wrong = static_cast<MPIOLogicalUnitRef>(static_cast<const void*>(path));
-  EXPECT_TRUE(failsFirst([&] { done = MPIOLogicalUnitSetBatchCount(wrong, 0, error.out()); }));
-  EXPECT_FALSE(done);
-  EXPECT_FALSE(error);
-  EXPECT_EQ(host->watch.failable(), 0u);  // nothing was asked of the host
-  EXPECT_FALSE(failsFirst([] { MPIOLogicalUnitCopyProperties(nullptr); }));  // not even a pool
-  EXPECT_FALSE(failsFirst([] { MPIOLogicalUnitEnableAllPaths(nullptr, nullptr); }));
-}
-
-TEST_F(Allocation, OnlyTheLookUpOfAUnitByServiceMakesNoPool) {
-  const Handles handles;
   const auto paths = handles.paths();
   MPIODeviceRegistry& registry = host->registry();
   const ScopedHandle unitEntry(registry, registry.findServiceByEntryID(unitID(0)));
   const ScopedHandle pathEntry(registry, registry.findServiceByEntryID(pathID(0, 0)));
-  Owned<MPIOLogicalUnitRef> unit;
-  EXPECT_FALSE(failsFirst([&] { *unit.out() = MPIOCopyLogicalUnitForService(unitEntry.get()); }));
-  EXPECT_EQ(unit.get(), handles.unit());
-  Owned<MPIOLogicalUnitPathRef> path;
-  EXPECT_TRUE(
-      failsFirst([&] { *path.out() = MPIOCopyLogicalUnitPathForService(pathEntry.get()); }));
-  EXPECT_FALSE(path);
+  // A path handle where a unit is wanted: without a pool not even that is told.
+  const auto wrong = static_cast<MPIOLogicalUnitRef>(ObArrayGetValueAtIndex(paths.get(), 0));
+  Owned<ObErrorRef> error;
+  // Each with its first allocation failing.
+  const auto answers = [](auto call) {
+    failAllocationAfter(0);
+    const Owned<ObTypeRef> answer(call());
+    const bool failed = allocationFailed();
+    EXPECT_EQ(static_cast<bool>(answer), !failed);
+    return !failed;
+  };
+  host->watch.reset();
+  EXPECT_FALSE(answers(MPIOCopyLogicalUnits));
+  EXPECT_FALSE(answers([&] { return MPIOLogicalUnitCopyProperties(unit); }));
+  EXPECT_FALSE(answers([&] { return MPIOLogicalUnitCopyPaths(unit); }));
+  EXPECT_FALSE(answers([&] {
+    return MPIOLogicalUnitSetBatchCount(wrong, 0, error.out()) ? ObRetain(unit) : nullptr;
+  }));
+  EXPECT_FALSE(error);
+  EXPECT_FALSE(answers([&] { return MPIOCopyLogicalUnitPathForService(pathEntry.get()); }));
+  EXPECT_EQ(host->watch.failable(), 0u);  // nothing was asked of the host
+  // This one makes no pool.
+  EXPECT_TRUE(answers([&] { return MPIOCopyLogicalUnitForService(unitEntry.get()); }));
+  failAllocationAfter(0);
+  MPIOLogicalUnitCopyProperties(nullptr);
+  MPIOLogicalUnitEnableAllPaths(nullptr, nullptr);
+  EXPECT_FALSE(allocationFailed()) << "nor is there one for no handle";
 }
 
 TEST_F(Allocation, AtEverySiteLeakNothingAndHeal) {
