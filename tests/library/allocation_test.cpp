@@ -54,23 +54,22 @@ TEST_F(Allocation, WithoutPoolACallReturnsItsFailureValueAndNoError) {
 
 TEST_F(Allocation, AtEverySiteLeakNothingAndHeal) {
   ASSERT_TRUE(useEverything(*host));
-  std::size_t site = 0;
-  for (bool failed = true; failed; ++site) {
-    SCOPED_TRACE(site);
-    touch(host->memory);
-    failAllocationAfter(site);
-    const Owned<ObArrayRef> units(MPIOCopyLogicalUnits());
-    const auto unit = at<MPIOLogicalUnitRef>(units, 0);
-    const Owned<ObDictionaryRef> properties(MPIOLogicalUnitCopyProperties(unit));
-    Owned<ObErrorRef> error;
-    MPIOLogicalUnitDisableAllPaths(unit, error.out());
-    const Owned<ObArrayRef> paths(MPIOLogicalUnitCopyPaths(unit));
-    failed = allocationFailed();
-    ASSERT_EQ(host->memory.registry().openHandles(), 0u);
-    touch(host->memory);
-    ASSERT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
-  }
-  EXPECT_GT(site, 50u);
+  const std::size_t sites = failEveryAllocation(
+      [&] {
+        touch(host->memory);
+        const Owned<ObArrayRef> units(MPIOCopyLogicalUnits());
+        const auto unit = at<MPIOLogicalUnitRef>(units, 0);
+        const Owned<ObDictionaryRef> properties(MPIOLogicalUnitCopyProperties(unit));
+        Owned<ObErrorRef> error;
+        MPIOLogicalUnitDisableAllPaths(unit, error.out());
+        const Owned<ObArrayRef> paths(MPIOLogicalUnitCopyPaths(unit));
+      },
+      [&](bool) {
+        EXPECT_EQ(host->memory.registry().openHandles(), 0u);
+        touch(host->memory);
+        EXPECT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
+      });
+  EXPECT_GT(sites, 50u);
 }
 
 TEST_F(Allocation, InTheHostStaysInsideTheCall) {
@@ -89,41 +88,37 @@ TEST_F(Allocation, InTheHostStaysInsideTheCall) {
 
 TEST_F(Allocation, WhileTheManagerIsMadeLeavesItToTheNextTime) {
   MPIOManagerTeardown();
-  std::size_t site = 0;
-  for (bool failed = true; failed; ++site) {
-    SCOPED_TRACE(site);
+  const auto initialize = [&] {
     touch(host->memory);
-    failAllocationAfter(site);
     MPIOManagerInitialize();
-    failed = allocationFailed();
-    MPIOManagerInitialize();
-    touch(host->memory);
-    ASSERT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
+  };
+  const std::size_t sites = failEveryAllocation(initialize, [&](bool) {
+    initialize();
+    EXPECT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
     MPIOManagerTeardown();
     EXPECT_EQ(MPIOCopyLogicalUnits(), nullptr);
-  }
-  EXPECT_GT(site, 3u);
+  });
+  EXPECT_GT(sites, 3u);
   MPIOManagerInitialize();
 }
 
 TEST_F(Allocation, DuringAScanLosesOnlyTheObjectThatCouldNotBeMade) {
-  bool pathsWithoutUnit = false, unitWithoutFirstPath = false, failed = true;
-  for (std::size_t site = 0; failed; ++site) {
-    SCOPED_TRACE(site);
+  bool pathsWithoutUnit = false, unitWithoutFirstPath = false;
+  const auto scan = [&] {
     touch(host->memory);
-    failAllocationAfter(site);
     MPIOManagerRescan(MPIORescanAll, nullptr);
-    failed = allocationFailed();
+  };
+  failEveryAllocation(scan, [&](bool) {
     const auto unit = knownLogicalUnit(unitID(0));
     const auto first = knownPath(pathID(0, 0));
     const auto second = knownPath(pathID(0, 1));
     for (const auto& path : {first, second}) {
       if (path == nullptr) continue;
-      ASSERT_EQ(path->matchingLogicalUnitEntryID(), unit == nullptr ? 0 : unitID(0));
+      EXPECT_EQ(path->matchingLogicalUnitEntryID(), unit == nullptr ? 0 : unitID(0));
     }
     pathsWithoutUnit |= unit == nullptr && first != nullptr && second != nullptr;
     unitWithoutFirstPath |= unit != nullptr && first == nullptr && second != nullptr;
-  }
+  });
   EXPECT_TRUE(pathsWithoutUnit);
   EXPECT_TRUE(unitWithoutFirstPath);
 }
@@ -134,10 +129,8 @@ TEST_F(Allocation, WhileARegistrationIsMadeLeavesNoHandleNorHoldsAnything) {
   registry.release(registry.findServiceByEntryID(unitID(0)));  // leaves room for a handle
   const auto matching = registry.classMatching(registry::kPathClass);
   const auto held = std::make_shared<int>();
-  std::size_t failures = 0;
-  for (bool failed = true; failed; failures += failed) {
-    RegistryHandle made = 0;
-    failAllocationAfter(failures);
+  RegistryHandle made = 0;
+  const auto add = [&] {
     try {
       made = registry
                  .addMatchingNotification(port, registry::kFirstMatchNotification, matching,
@@ -145,12 +138,13 @@ TEST_F(Allocation, WhileARegistrationIsMadeLeavesNoHandleNorHoldsAnything) {
                  .value;
     } catch (const std::bad_alloc&) {
     }
-    failed = allocationFailed();
-    EXPECT_EQ(registry.openHandles(), failed ? 1u : 2u) << failures;
-    EXPECT_EQ(held.use_count() == 1, failed) << failures;
-    registry.release(made);
-  }
-  EXPECT_GT(failures, 2u);
+  };
+  const std::size_t sites = failEveryAllocation(add, [&](bool failed) {
+    EXPECT_EQ(registry.openHandles(), failed ? 1u : 2u);
+    EXPECT_EQ(held.use_count() == 1, failed);
+  });
+  EXPECT_GT(sites, 2u);
+  registry.release(made);
   registry.destroyNotificationPort(port);
 }
 

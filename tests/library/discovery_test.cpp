@@ -5,6 +5,7 @@
 
 #include "model/registry_names.hpp"
 #include "tests/library/owned.hpp"
+#include "tests/support/every_failure.hpp"
 #include "tests/support/library_host.hpp"
 
 namespace tavrenix::test {
@@ -204,34 +205,23 @@ TEST_F(Discovery, AScanOfOneUnitForgetsThePathsOfItsHandle) {
             at<MPIOLogicalUnitPathRef>(paths, 0));
 }
 
-TEST_F(Discovery, SkipsOnlyTheUnitThatCannotBeRead) {
-  fill({.units = 2, .paths = 0, .volumes = 0});
-  // Of a scan's operations the first three ask the driver, search and take the first entry; then
-  // its properties and its ID are read.
-  for (const std::size_t position : {3u, 4u}) {
+TEST_F(Discovery, SkipsOnlyWhatCannotBeRead) {
+  fill({.units = 2, .paths = 1, .volumes = 0});
+  std::size_t withoutAny = 0, withoutOne = 0;
+  const auto scan = [&] {
     touch(host->memory);
-    host->watch.reset();
-    host->watch.failAt(position);
-    EXPECT_EQ(unitsNow(), 1u) << position;
-    EXPECT_EQ(knownLogicalUnit(unitID(0)), nullptr);
+    const Handles handles;
+  };
+  failEveryOperation(host->watch, scan, [&] {
+    const bool first = knownLogicalUnit(unitID(0)) != nullptr;
+    const bool second = knownLogicalUnit(unitID(1)) != nullptr;
+    withoutAny += !first && !second;
+    withoutOne += first != second;
     EXPECT_EQ(knownLogicalUnit(0), nullptr);
-  }
-}
-
-TEST_F(Discovery, PassesOverAPathWhoseIDCannotBeRead) {
-  fill({.units = 1, .paths = 1, .volumes = 0});
-  host->watch.reset();
-  const Handles counted;
-  const std::size_t last = host->watch.failable();
-  for (std::size_t position = 5; position < last; ++position) {
-    touch(host->memory);
-    host->watch.reset();
-    host->watch.failAt(position);
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(unitsNow(), 1u) << position;
-    testing::internal::GetCapturedStderr();
-    EXPECT_EQ(knownPath(0), nullptr) << position;
-  }
+    EXPECT_EQ(knownPath(0), nullptr);
+  });
+  EXPECT_EQ(withoutAny, 3u) << "the generation, the search, its first entry";
+  EXPECT_EQ(withoutOne, 5u) << "its second entry, and the properties and the ID of both";
 }
 
 TEST_F(Discovery, WhatCannotBeSearchedOrListedIsEmpty) {

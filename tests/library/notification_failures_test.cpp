@@ -5,6 +5,7 @@
 #include "runtime/pool.hpp"
 #include "tests/library/failing_new.hpp"
 #include "tests/library/notification_clients.hpp"
+#include "tests/support/every_failure.hpp"
 
 namespace tavrenix::test {
 namespace {
@@ -68,8 +69,8 @@ TEST_F(CreationFails, OnAQueueWithTheErrorOfTheStepAndNothingUndone) {
     EXPECT_EQ(storage.registry().openHandles() - handles, expected.handlesLeft);
     EXPECT_EQ(gMPIOActiveNotificationPorts - ports, expected.portsCounted);
     EXPECT_EQ(client.take().size(), expected.callsLeft) << "tasks that were queued by then";
-    removePath(storage, 0, 0);
-    addUnits(storage, {.units = 1, .paths = 2});
+    addUnits(storage, {.units = 2, .paths = 2});
+    removeUnit(storage, 1, 2);
     client.settle();
     EXPECT_TRUE(client.events.empty()) << "later events reach nobody";
   }
@@ -84,44 +85,37 @@ TEST_F(CreationFails, OnAQueueAlsoWhereNobodyWantsTheErrorWhichIsClearedFirst) {
 }
 
 TEST_F(CreationFails, OnAQueueAtEveryAllocation) {
-  for (std::size_t successes = 0;; ++successes) {
-    SCOPED_TRACE(successes);
-    const ob::Pool pool;
-    QueueClient client;
-    failAllocationAfter(successes);
-    const bool started = client.start();
-    if (!allocationFailed()) {
-      EXPECT_TRUE(started);
-      EXPECT_GT(successes, 10u);
-      break;
-    }
-    ASSERT_FALSE(started);
-    EXPECT_EQ(utf8(ObErrorGetDomain(client.error)), "Failed to allocate an internal structure");
-    EXPECT_EQ(ObErrorGetCode(client.error), kMPIOErrorNoResources);
-    client.settle();
-  }
+  const ob::Pool pool;
+  QueueClient client;
+  bool started = false;
+  const std::size_t sites = failEveryAllocation(
+      [&] { started = client.start(); },
+      [&](bool failed) {
+        EXPECT_EQ(started, !failed);
+        if (!failed) return;
+        EXPECT_EQ(utf8(ObErrorGetDomain(client.error)), "Failed to allocate an internal structure");
+        EXPECT_EQ(ObErrorGetCode(client.error), kMPIOErrorNoResources);
+        client.settle();
+      });
+  EXPECT_GT(sites, 10u);
 }
 
 // Every operation of the host that the add brings about, those of the handlers included.
 TEST_F(CreationFails, OnARunLoopSilentlyAtEverySite) {
-  std::size_t sites = 21;
-  for (std::size_t site = 0; site < sites; ++site) {
-    SCOPED_TRACE(site);
-    RunLoopClient client;
+  RunLoopClient client;
+  const auto start = [&] {
     touch(storage);
-    host->watch.reset();
-    host->watch.failAt(site);
-    ASSERT_TRUE(client.start());
-    sites = std::max(sites, host->watch.failable());
-    host->watch.reset();
+    EXPECT_TRUE(client.start());
+  };
+  const std::size_t sites = failEveryOperation(host->watch, start, [&] {
     client.stop();
     EXPECT_EQ(storage.registry().openHandles(), 0u);
     client.take();
-    touch(storage);
-    ASSERT_TRUE(client.start());
+    start();
     EXPECT_EQ(client.take().size(), 3u) << "does not heal";
-  }
-  EXPECT_GT(sites, 21u);
+    client.stop();
+  });
+  EXPECT_GT(sites, 20u);
 }
 
 TEST_F(CreationFails, OnARunLoopWithoutAPortOrItsSourceAsksForNothingMore) {
@@ -143,22 +137,21 @@ TEST_F(CreationFails, OnARunLoopWithoutAPortOrItsSourceAsksForNothingMore) {
 }
 
 TEST_F(CreationFails, OnARunLoopAtEveryAllocation) {
-  for (std::size_t successes = 0;; ++successes) {
-    SCOPED_TRACE(successes);
+  std::optional<RunLoopClient> client;
+  std::size_t withoutSource = 0;
+  const auto start = [&] {
     touch(storage);
-    failAllocationAfter(successes);
-    RunLoopClient client;
-    const bool failedToMake = !client.source;
-    if (client.source) client.start();
-    if (!allocationFailed()) {
-      EXPECT_EQ(client.take().size(), 3u);
-      EXPECT_GT(successes, 50u);
-      break;
-    }
-    EXPECT_EQ(failedToMake, successes < 3);  // the record, its weak cell, the source
-    if (client.source) client.stop();
-    ASSERT_EQ(storage.registry().openHandles(), 0u);
-  }
+    client.emplace();
+    if (client->source) client->start();
+  };
+  const std::size_t sites = failEveryAllocation(start, [&](bool failed) {
+    EXPECT_TRUE(failed || client->take().size() == 3u);
+    if (!client->source) ++withoutSource;
+    client.reset();
+    EXPECT_EQ(storage.registry().openHandles(), 0u);
+  });
+  EXPECT_GT(sites, 50u);
+  EXPECT_EQ(withoutSource, 3u) << "the record, its weak cell, the source";
 }
 
 }  // namespace

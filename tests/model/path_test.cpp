@@ -7,8 +7,8 @@
 #include "model/logical_unit.hpp"
 #include "model/registry_names.hpp"
 #include "runtime/pool.hpp"
+#include "tests/support/every_failure.hpp"
 #include "tests/support/storage.hpp"
-#include "tests/support/watched.hpp"
 
 namespace tavrenix::test {
 namespace {
@@ -127,16 +127,10 @@ TEST_F(Path, KeepsItsStateWhereTheDriverIsSilentAndMakesOnlyTheErrorThatIsWanted
 
 TEST_F(Path, KeepsWhatItKnewWhicheverReadFails) {
   const auto whole = path->getProperties();
-  constexpr std::size_t kReads = 4;
-  for (std::size_t position = 0; position < kReads; ++position) {
-    host.watch.reset();
-    host.watch.failAt(position);
-    testing::internal::CaptureStderr();
-    path->rebuildPropertiesFromEntry();
-    testing::internal::GetCapturedStderr();
-    EXPECT_TRUE(whole->equals(*path->getProperties())) << position;
-  }
-  EXPECT_EQ(host.watch.failable(), kReads);
+  const std::size_t reads = failEveryOperation(
+      host.watch, [&] { path->rebuildPropertiesFromEntry(); },
+      [&] { EXPECT_TRUE(whole->equals(*path->getProperties())); });
+  EXPECT_EQ(reads, 4u);
 }
 
 TEST_F(Path, ThatHasNeverBeenReadHasNeitherStateNorFlag) {
