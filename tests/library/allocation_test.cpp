@@ -95,8 +95,13 @@ TEST_F(Allocation, WhileTheManagerIsMadeLeavesItToTheNextTime) {
   const std::size_t sites = failEveryAllocation(initialize, [&](bool) {
     initialize();
     EXPECT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
+    const Handles handles;
     MPIOManagerTeardown();
     EXPECT_EQ(MPIOCopyLogicalUnits(), nullptr);
+    EXPECT_EQ(MPIOLogicalUnitCopyProperties(handles.unit()), nullptr);
+    EXPECT_EQ(knownPath(pathID(0, 0)), nullptr);
+    EXPECT_EQ(ObArrayGetCount(handles.paths().get()), 2u);  // handles live on
+    MPIOManagerTeardown();
   });
   EXPECT_GT(sites, 3u);
   MPIOManagerInitialize();

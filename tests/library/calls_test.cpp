@@ -266,13 +266,5 @@ TEST_F(Calls, HandlesAreFoundByRegistryObject) {
   EXPECT_EQ(MPIOCopyLogicalUnitPathForService(pathEntry.get()), nullptr);
 }
 
-TEST_F(Calls, StatisticsOfAUnitNeverFailAndOfAPathMay) {
-  host->watch.failAll(Operation::kTunable);
-  testing::internal::CaptureStderr();
-  EXPECT_TRUE(Owned<ObDictionaryRef>(MPIOLogicalUnitCopyStatistics(unit)));
-  EXPECT_FALSE(Owned<ObDictionaryRef>(MPIOLogicalUnitPathCopyStatistics(path)));
-  testing::internal::GetCapturedStderr();
-}
-
 }  // namespace
 }  // namespace tavrenix::test

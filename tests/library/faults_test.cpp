@@ -21,26 +21,5 @@ TEST(HostFaults, AtEverySiteLeakNothingAndHeal) {
   EXPECT_GT(sites, 100u);
 }
 
-TEST(HostFaults, WhileAUnitIsReadLeaveItsCachedDataInPlace) {
-  LibraryHost host;
-  addStorage(host->memory, {.units = 1, .paths = 1, .volumes = 2});
-  const Handles handles;
-  Owned<ObDictionaryRef> properties;
-  const auto read = [&] {
-    properties = Owned<ObDictionaryRef>(MPIOLogicalUnitCopyProperties(handles.unit()));
-  };
-  read();
-  const auto whole = std::move(properties);
-  failEveryOperation(host->watch, read, [&] {
-    for (const ObStringRef key : {kMPIOLogicalUnitIdentifierKey, kMPIOLogicalUnitAliasKey,
-                                  kMPIOLogicalUnitVendorIDKey, kMPIOLogicalUnitProductIDKey,
-                                  kMPIOLogicalUnitAlgorithmKey, kMPIOLogicalUnitBatchCountKey}) {
-      EXPECT_TRUE(ObEqual(ObDictionaryGetValue(properties.get(), key),
-                          ObDictionaryGetValue(whole.get(), key)));
-    }
-    EXPECT_EQ(host->memory.registry().openHandles(), 0u);
-  });
-}
-
 }  // namespace
 }  // namespace tavrenix::test

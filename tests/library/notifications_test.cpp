@@ -114,17 +114,9 @@ TEST_P(Notifications, LookAnObjectWithoutAnIDUpUnderTheOneBeforeIt) {
 
 TEST_P(Notifications, ACallMayUseEveryFunction) {
   addStorage(storage, {.units = 2, .paths = 1});
-  std::vector<std::string> aliases;
-  client->onEvent = [&](const Event& event) {
-    if (event.kind != kUnitCame) return;
-    EXPECT_TRUE(useEverything(*host));
-    const Owned<ObDictionaryRef> properties(
-        MPIOLogicalUnitCopyProperties(static_cast<MPIOLogicalUnitRef>(event.handle)));
-    aliases.push_back(textUnder(properties.get(), kMPIOLogicalUnitAliasKey));
-  };
+  client->onEvent = [&](const Event&) { EXPECT_TRUE(useEverything(*host)); };
   ASSERT_TRUE(client->start());
-  client->settle();
-  EXPECT_THAT(aliases, ElementsAre("unit 0", "unit 1"));
+  EXPECT_EQ(told().size(), 4u);
 }
 
 TEST_P(Notifications, ACallMayEndItsOwnRegistrationWhileOthersWait) {

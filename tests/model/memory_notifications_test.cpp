@@ -106,22 +106,6 @@ TEST_F(MemoryNotifications, HeldBackTheyComeInOrderAtTheEndAndNotTwice) {
   EXPECT_THAT(drain(within), ElementsAre(3));
 }
 
-TEST_F(MemoryNotifications, AReleasedIteratorAndADestroyedPortAreToldOfNothing) {
-  const auto arrivals = subscribe(registry::kFirstMatchNotification);
-  drain(arrivals);
-  drain(subscribe(registry::kFirstMatchNotification));
-  registry.release(iterators.back());
-  iterators.pop_back();
-  add(2);
-  EXPECT_EQ(callsByNow(), 1);
-  EXPECT_THAT(drain(arrivals), ElementsAre(2));
-  registry.destroyNotificationPort(std::exchange(port, 0));
-  add(3);
-  EXPECT_EQ(callsByNow(), 1);
-  EXPECT_TRUE(registry.notificationsAreSettled());
-  EXPECT_THAT(drain(arrivals), IsEmpty());
-}
-
 TEST_F(MemoryNotifications, AreSettledOnlyOnceTheIteratorHasBeenReadToItsEnd) {
   const auto arrivals = subscribe(registry::kFirstMatchNotification);
   const ScopedHandle only(registry, registry.iteratorNext(arrivals));

@@ -132,18 +132,6 @@ TEST_F(MemoryRegistry, LooksUpWhatIsThereNowAfterAnIDWasAskedFor) {
   EXPECT_TRUE(registry.conformsTo(fresh.get(), "B"));
 }
 
-TEST_F(MemoryRegistry, KeepsRelativesInOrderWhenSomeLeave) {
-  add(1);
-  for (const EntryID child : {2u, 3u, 4u}) add(child, {1});
-  registry.removeEntry(2);
-  EXPECT_THAT(children(1), ElementsAre(3, 4));
-  registry.removeEntry(4);
-  registry.removeEntry(3);
-  EXPECT_THAT(children(1), IsEmpty());
-  add(5, {1});
-  EXPECT_THAT(children(1), ElementsAre(5));
-}
-
 TEST_F(MemoryRegistry, AWriteBecomesAPropertyOrIsTheHandlersToAnswer) {
   add(7);
   const ScopedHandle entry(registry, registry.findServiceByEntryID(7));

@@ -66,31 +66,6 @@ TEST_F(Path, PublishesWhatRegistryAndDriverSay) {
   EXPECT_TRUE(path->getProperties()->equals(*read));
 }
 
-TEST_F(Path, CopiesThePropertiesOfItsEntryAndKeepsItsUnitsID) {
-  const auto whole = MPIOLogicalUnitPath::propertiesForEntryID(host, id);
-  EXPECT_TRUE(whole->equals(*host.memory.registry().properties(id)));
-  EXPECT_FALSE(MPIOLogicalUnitPath::propertiesForEntryID(host, 99));
-  EXPECT_EQ(path->matchingLogicalUnitEntryID(), unitID(0));
-  unit = nullptr;
-  EXPECT_EQ(make(id)->matchingLogicalUnitEntryID(), 0u);
-}
-
-TEST_F(Path, FindsTheNearestHostPort) {
-  const auto controller = [](std::uint8_t last) {
-    return dictionary({{"Unique SCSI Port Identifier", data({last})}});
-  };
-  memory::MemoryRegistry& registry = host.memory.registry();
-  registry.addEntry(500, "KsSCSIHost", {},
-                    dictionary({{"Controller Characteristics", controller(5)}}));
-  registry.addEntry(501, "KsSCSITarget", {500}, dictionary({}));
-  registry.addEntry(502, std::string(registry::kPathClass), {501}, dictionary({}));
-  const auto found = make(502);
-  EXPECT_TRUE(found->scsiInitiatorPortIdentifier()->equals(*data({5})));
-  setProperty(host.memory, 502, "Controller Characteristics", controller(2));
-  found->rebuildPropertiesFromEntry();
-  EXPECT_TRUE(found->scsiInitiatorPortIdentifier()->equals(*data({2})));
-}
-
 TEST_F(Path, ReadsTheStateByte) {
   struct Case {
     std::uint8_t byte;
@@ -127,37 +102,12 @@ TEST_F(Path, AsksTheDriverAfreshWhetherItIsEnabledWithoutTakingNote) {
   EXPECT_EQ(state(), "Standby");
 }
 
-TEST_F(Path, KeepsItsStateWhereTheDriverIsSilentAndMakesOnlyTheErrorThatIsWanted) {
-  host.watch.failAll(Operation::kTunable);
-  const auto uses = keys::kMPIOErrorResultCodeKey.retainCount();
-  testing::internal::CaptureStderr();
-  path->rebuildPropertiesFromEntry();
-  EXPECT_FALSE(path->getCurrentStatistics());
-  EXPECT_EQ(keys::kMPIOErrorResultCodeKey.retainCount(), uses);
-  const ob::Error* error = nullptr;
-  EXPECT_FALSE(path->isEnabled(&error));
-  const std::string line = "sysctlbyname failed to get stats block: -1\n";
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), line + line + line);
-  EXPECT_EQ(state(), "Active Optimized");
-  EXPECT_EQ(error->domain().view(), "sysctlbyname failed");
-  EXPECT_EQ(error->code(), 0x08000005);
-  EXPECT_TRUE(error->userInfo()->equals(*dictionary({{"Error Result Code", number(-1)}})));
-}
-
 TEST_F(Path, KeepsWhatItKnewWhicheverReadFails) {
   const auto whole = path->getProperties();
   const std::size_t reads = failEveryOperation(
       host.watch, [&] { path->rebuildPropertiesFromEntry(); },
       [&] { EXPECT_TRUE(whole->equals(*path->getProperties())); });
   EXPECT_EQ(reads, 4u);
-}
-
-TEST_F(Path, ThatHasNeverBeenReadHasNeitherStateNorFlag) {
-  host.memory.tunable().forget(id);
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(make(id)->getProperties()->pairs().size(), 3u);
-  testing::internal::GetCapturedStderr();
-  EXPECT_EQ(make(99)->getProperties()->pairs().size(), 0u);
 }
 
 TEST_F(Path, KeepsItsFirstIdentifierEvenAnEmptyOne) {
@@ -168,10 +118,7 @@ TEST_F(Path, KeepsItsFirstIdentifierEvenAnEmptyOne) {
   set("Logical Unit Path Identifier", data({0x00, 0xFF}));
   empty->rebuildPropertiesFromEntry();
   EXPECT_EQ(empty->pathID()->view(), "");
-  const auto text = MPIOLogicalUnitPath::logicalUnitPathIdentifierFromPropertiesDict(
-      host.memory.registry().properties(id).get());
-  EXPECT_EQ(text->view(), "00FF");
-  EXPECT_FALSE(MPIOLogicalUnitPath::logicalUnitPathIdentifierFromPropertiesDict(nullptr));
+  EXPECT_EQ(make(id)->pathID()->view(), "00FF");
 }
 
 TEST_F(Path, LocatesTheLastUnitBelowIt) {
@@ -189,17 +136,6 @@ TEST_F(Path, WithoutUnitRefusesChangesWithoutAWord) {
   EXPECT_FALSE(path->enable(&error));
   EXPECT_FALSE(path->disable(&error));
   EXPECT_EQ(error, untouched);
-}
-
-TEST_F(Path, PassesOverValuesOfTheWrongKind) {
-  set("Protocol Characteristics", text("no dictionary"));
-  set("Controller Characteristics", dictionary({{"Unique SCSI Port Identifier", text("no data")}}));
-  set("Logical Unit Path Identifier", number(4));
-  set("Vendor Identification", flag(true));
-  const auto odd = make(id);
-  EXPECT_EQ(odd->getProperties()->pairs().size(), 2u);  // its state and whether it is enabled
-  EXPECT_FALSE(odd->vendorID());
-  EXPECT_EQ(odd->productID()->view(), "ARRAY");
 }
 
 }  // namespace

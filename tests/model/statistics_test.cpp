@@ -65,7 +65,9 @@ TEST_F(Statistics, ThatFailAfterWritingLeaveThatToAUnitAndNothingToAPath) {
   const std::string line = "sysctlbyname failed to get stats block: -7\n";
   EXPECT_EQ(testing::internal::GetCapturedStderr(), line + line);
   EXPECT_EQ(+record.bytesSent, 42u);
-  EXPECT_EQ(numberUnder(error->userInfo(), keys::kMPIOErrorResultCodeKey), -7);
+  EXPECT_EQ(error->domain().view(), "sysctlbyname failed");
+  EXPECT_EQ(error->code(), 0x08000005);
+  EXPECT_TRUE(error->userInfo()->equals(*dictionary({{"Error Result Code", number(-7)}})));
 }
 
 TEST_F(Statistics, AddUpAndCarryTheirDate) {
