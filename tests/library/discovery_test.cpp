@@ -126,19 +126,21 @@ TEST_F(Discovery, TakesAsPathsOnlyParentsOfThePathClass) {
   testing::internal::GetCapturedStderr();
 }
 
-TEST_F(Discovery, CopyPathsAnswersForTheHandleItWasGiven) {
-  fill({});
-  const Handles before;
-  const auto oldPaths = before.paths();
+TEST_F(Discovery, AScanOfOneUnitLeavesTheHandleItsPathsAndForgetsThem) {
+  fill({.units = 2, .paths = 2});
+  const Handles handles;
+  const auto before = handles.paths();
+  host->memory.registry().removeEntry(pathID(0, 1));
   touch(host->memory);
-  const auto samePaths = before.paths();  // scans the unit, but returns what this handle holds
-  ASSERT_EQ(ObArrayGetCount(samePaths.get()), 3u);
-  EXPECT_EQ(at<MPIOLogicalUnitPathRef>(samePaths, 0), at<MPIOLogicalUnitPathRef>(oldPaths, 0));
-  EXPECT_TRUE(Owned<ObDictionaryRef>(MPIOLogicalUnitCopyProperties(before.unit())));
-  const Handles after;  // the generation has been seen: the rebuilt unit is found, nothing scanned
-  EXPECT_EQ(ObArrayGetCount(after.units.get()), 2u);
-  EXPECT_NE(knownLogicalUnit(unitID(0)), nullptr);
-  EXPECT_NE(static_cast<const void*>(knownLogicalUnit(unitID(0)).get()), before.unit());
+  EXPECT_TRUE(ObEqual(handles.paths().get(), before.get()));
+  EXPECT_EQ(knownPath(pathID(0, 1)), nullptr);
+  ASSERT_NE(knownPath(pathID(0, 0)), nullptr);
+  EXPECT_NE(static_cast<const void*>(knownPath(pathID(0, 0)).get()),
+            ObArrayGetValueAtIndex(before.get(), 0));
+  ASSERT_NE(knownLogicalUnit(unitID(0)), nullptr);
+  EXPECT_NE(static_cast<const void*>(knownLogicalUnit(unitID(0)).get()), handles.unit());
+  EXPECT_TRUE(Owned<ObDictionaryRef>(MPIOLogicalUnitCopyProperties(handles.unit())));
+  EXPECT_EQ(unitsNow(), 2u);  // the generation has been seen: nothing is scanned again
 }
 
 TEST_F(Discovery, AScanByPathEmptiesItsUnitAndLeavesOldPathsKnown) {
@@ -178,19 +180,6 @@ TEST_F(Discovery, AChangeOfAllPathsTakesNoteOfAMoveWithoutRebuildingUnlessTheUni
     EXPECT_FALSE(change(before.unit(1), nullptr));
     EXPECT_NE(Handles().unit(), without.unit());
   }
-}
-
-TEST_F(Discovery, AScanOfOneUnitForgetsThePathsOfItsHandle) {
-  fill({.units = 1, .paths = 2});
-  const Handles handles;
-  const auto paths = handles.paths();
-  host->memory.registry().removeEntry(pathID(0, 1));
-  touch(host->memory);
-  EXPECT_EQ(pathsNow(handles), 2u);  // the handle's own stay with it
-  EXPECT_EQ(knownPath(pathID(0, 1)), nullptr);
-  ASSERT_NE(knownPath(pathID(0, 0)), nullptr);
-  EXPECT_NE(static_cast<const void*>(knownPath(pathID(0, 0)).get()),
-            at<MPIOLogicalUnitPathRef>(paths, 0));
 }
 
 TEST_F(Discovery, SkipsOnlyWhatCannotBeRead) {
