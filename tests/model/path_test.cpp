@@ -121,13 +121,17 @@ TEST_F(Path, KeepsItsFirstIdentifierEvenAnEmptyOne) {
   EXPECT_EQ(make(id)->pathID()->view(), "00FF");
 }
 
-TEST_F(Path, LocatesTheLastUnitBelowIt) {
+TEST_F(Path, LooksItsEntryUpAfreshAndTheLastUnitBelowIt) {
+  EXPECT_TRUE(MPIOLogicalUnitPath::propertiesForEntryID(host, id)->equals(
+      *host.memory.registry().properties(id)));
   EXPECT_EQ(path->locateLogicalUnitID(), unitID(0));
   const std::string unitClass(registry::kLogicalUnitClass);
   host.memory.registry().addEntry(900, unitClass, {id}, dictionary({}));
   EXPECT_EQ(path->locateLogicalUnitID(), 900u);
   host.memory.registry().removeEntry(id);
   EXPECT_EQ(path->locateLogicalUnitID(), 0u);
+  EXPECT_FALSE(MPIOLogicalUnitPath::propertiesForEntryID(host, id));
+  EXPECT_EQ(make(id)->getProperties()->pairs().size(), 0u) << "made all the same";
 }
 
 TEST_F(Path, WithoutUnitRefusesChangesWithoutAWord) {
