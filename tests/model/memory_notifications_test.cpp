@@ -109,6 +109,17 @@ TEST_F(MemoryNotifications, HeldBackTheyComeInOrderAtTheEndAndNotTwice) {
   EXPECT_THAT(drain(within), ElementsAre(3));
 }
 
+TEST_F(MemoryNotifications, AReleasedIteratorIsToldOfNothingAndTheOthersAre) {
+  const auto arrivals = subscribe(registry::kFirstMatchNotification);
+  drain(arrivals);
+  drain(subscribe(registry::kFirstMatchNotification));
+  registry.release(iterators.back());
+  iterators.pop_back();
+  add(2);
+  EXPECT_EQ(callsByNow(), 1);
+  EXPECT_THAT(drain(arrivals), ElementsAre(2));
+}
+
 TEST_F(MemoryNotifications, RefuseWhatIsNoKindNoMatchingAndNoPort) {
   const auto attempt = [&](RegistryPort at, std::string_view kind,
                            ob::Ref<const ob::Dictionary> matching) {
