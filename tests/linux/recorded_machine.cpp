@@ -15,21 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Calls take with the name and the target in each line, "name: start length type rest".
-template <class Take>
-void eachTarget(const fs::path& file, Take take) {
-  std::ifstream lines(file);
-  std::string name;
-  sys::Target target;
-  while (lines >> name >> target.start >> target.length >> target.type) {
-    lines.get();
-    std::getline(lines, target.line);
-    name.pop_back();
-    take(name, target);
-  }
-}
-
-// Fills port with what `dmsetup info -c`, `table` and `status` printed.
+// Fills port with what `dmsetup info -c` and `dmsetup table` printed.
 void loadMaps(FakeDeviceMapper& port, const fs::path& root) {
   std::map<std::string, FakeDeviceMapper::Map*> byName;
   std::ifstream info(root / "dmsetup.info");
@@ -39,18 +25,16 @@ void loadMaps(FakeDeviceMapper& port, const fs::path& root) {
   sys::DeviceNumber device;
   while (info >> map.name >> device.major >> device.minor >> ignored >> map.openCount >> ignored >>
          ignored >> map.uuid) {
-    byName[map.name] = &(port.maps[device] = map);
+    byName[map.name + ':'] = &(port.maps[device] = map);
   }
-  eachTarget(root / "dmsetup.table",
-             [&](const auto& name, const auto& target) { byName.at(name)->table = target; });
-  eachTarget(root / "dmsetup.status", [&](const auto& name, const auto& target) {
-    const auto status = sys::parseMultipathStatus(target.line).value_or(sys::MultipathStatus{});
-    for (const auto& group : status.groups) {
-      for (const auto& path : group.paths) {
-        if (!path.used) byName.at(name)->failed.insert(path.device);
-      }
-    }
-  });
+  std::ifstream table(root / "dmsetup.table");
+  std::string name;
+  sys::Target target;
+  while (table >> name >> target.start >> target.length >> target.type) {
+    table.get();
+    std::getline(table, target.line);
+    byName.at(name)->table = target;
+  }
 }
 
 }  // namespace

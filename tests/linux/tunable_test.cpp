@@ -31,6 +31,7 @@ std::optional<SCSIPathStatistics> ofPath(RecordedMachine& machine, std::uint32_t
 
 TEST(LinuxTunable, StatesAreThoseOfTheRecordedMachine) {
   RecordedMachine machine("states");
+  machine.map(1).failed = {{8, 80}};
   EXPECT_EQ(ofPath(machine, 0, 0)->state, 0x00);
   EXPECT_EQ(ofPath(machine, 0, 64)->state, 0x01);  // of the second host
   EXPECT_EQ(ofPath(machine, 1, 80)->state, 0x81);  // failed in the driver alone
