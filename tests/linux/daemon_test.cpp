@@ -28,7 +28,7 @@ struct Daemon {
   std::function<void()> afterEachByte = [] {};
 };
 
-// What is made of the daemon; its answer's status is errors where it gave none.
+// What the client makes of a daemon, and what that daemon received.
 struct Talk {
   Answer<DaemonReply> answer;
   std::string received;

@@ -75,7 +75,7 @@ TEST(DmMessage, ListsMapsOfEveryVersion) {
   EXPECT_TRUE(none.maps().empty());
 }
 
-TEST(DmMessage, ReadsTheLinesOfAMapOfTwoTargets) {
+TEST(DmMessage, ReadsTheLinesOfAMapOfThreeTargets) {
   gDriver = [](dm_ioctl& head, char* behind) {
     EXPECT_EQ(head.dev, 0x10FE2Cu);
     std::strcpy(head.name, "mpatha");
@@ -83,10 +83,11 @@ TEST(DmMessage, ReadsTheLinesOfAMapOfTwoTargets) {
     head.flags = DM_SUSPEND_FLAG | DM_READONLY_FLAG | DM_INACTIVE_PRESENT_FLAG;
     head.open_count = 3;
     head.event_nr = 9;
-    head.target_count = 2;
+    head.target_count = 3;
     putTarget(behind, {0, 10, 0, 56, "linear"}, "8:0 5");
     putTarget(behind + 56, {10, 10, 0, 112, "linear"}, "8:16 0");
-    endAnswer(head, behind + 112);
+    putTarget(behind + 112, {20, 10, 0, 168, "linear"}, "8:32 1");
+    endAnswer(head, behind + 168);
   };
   DmMessage question(DeviceNumber{254, 300});
   ASSERT_EQ(question.ask(0, DM_TABLE_STATUS), 0);
@@ -96,11 +97,12 @@ TEST(DmMessage, ReadsTheLinesOfAMapOfTwoTargets) {
   EXPECT_TRUE(lines.suspended && lines.readOnly && lines.inactiveTable);
   EXPECT_EQ(lines.openCount, 3);
   EXPECT_EQ(lines.event, 9u);
-  ASSERT_EQ(lines.targets.size(), 2u);
+  ASSERT_EQ(lines.targets.size(), 3u);
   EXPECT_EQ(lines.targets[0].line, "8:0 5");
   EXPECT_EQ(lines.targets[1].start, 10u);
   EXPECT_EQ(lines.targets[1].type, "linear");
   EXPECT_EQ(lines.targets[1].line, "8:16 0");
+  EXPECT_EQ(lines.targets[2].line, "8:32 1");
 }
 
 TEST(DmMessage, SendsTextsAndEventNumbers) {

@@ -107,7 +107,7 @@ TEST(PathIdentifier, CanBeReadAndFitsTheTable) {
 
 TEST(DiskCounters, TellsEachDevicesLineOnce) {
   DiskCounters counters(
-      "   8       0 sda 1 2 3\n 254    1048575 dm-0 4 5 6\nnonsense\n\n"
+      "   8       0 sda 1 2 3\n254    1048575 dm-0 4 5 6\nnonsense\n\n"
       "4096 0 sdx 1 1 1\n   8      16 sdb 7");
   EXPECT_EQ(counters.take({8, 0}), " 1 2 3");
   EXPECT_TRUE(counters.taken({8, 0}));

@@ -13,7 +13,7 @@ class RecordedMachine {
   struct Options {
     std::uint32_t user = 0;
     sys::Burst::Clock::duration pause = sys::Burst::Clock::duration::zero();  // keeps nothing
-    sys::Notifications::Opener opener;
+    sys::Notifications::Opener opener = {};
   };
   // name: "states" or "volumes". The maps are those that dmsetup told of.
   explicit RecordedMachine(const std::string& name) : RecordedMachine(name, Options{}) {}

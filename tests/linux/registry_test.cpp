@@ -129,7 +129,9 @@ TEST(LinuxRegistry, DevicesGoAndOthersTakeTheirNumbers) {
                           machine.root + "/sys/dev/block/8:0");
   EXPECT_FALSE(machine.has(old));
   EXPECT_TRUE(machine.has(machine.path(0)));
-  for (const auto* path : {"8:0", "8:64"}) machine.remove(std::string("/sys/dev/block/") + path);
+  machine.remove("/sys/dev/block/8:0");
+  EXPECT_THAT(machine.says(machine.unit(0)), HasSubstr("Vendor Identification: Linux"));
+  machine.remove("/sys/dev/block/8:64");
   EXPECT_THAT(machine.relatives(machine.unit(0), kIterateParents), IsEmpty());
   EXPECT_THAT(machine.says(machine.unit(0)),
               HasSubstr("Logical Unit Alias: mpatha, Logical Unit Unique Identifier: "
