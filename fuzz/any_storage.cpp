@@ -20,23 +20,21 @@ constexpr std::size_t kDeep = 100;
 // identifierText(). That is not a finding.
 constexpr std::size_t kLongestIdentifier = 127;
 
-const ob::String* const kNames[] = {
-    &registry::kUniqueIdentifier,
-    &registry::kAlias,
-    &registry::kLoadBalancingAlgorithm,
-    &registry::kPeripheralDeviceType,
-    &registry::kBatchCount,
-    &registry::kVendor,
-    &registry::kProduct,
-    &registry::kPathIdentifier,
-    &registry::kProtocolCharacteristics,
-    &registry::kPhysicalInterconnect,
-    &registry::kControllerCharacteristics,
-    &registry::kSCSIPortIdentifier,
-    &registry::kLeaf,
-    &registry::kContent,
-    &registry::kProperties,
-};
+const ob::String* const kNames[] = {&registry::kUniqueIdentifier,
+                                    &registry::kAlias,
+                                    &registry::kLoadBalancingAlgorithm,
+                                    &registry::kPeripheralDeviceType,
+                                    &registry::kBatchCount,
+                                    &registry::kVendor,
+                                    &registry::kProduct,
+                                    &registry::kPathIdentifier,
+                                    &registry::kProtocolCharacteristics,
+                                    &registry::kPhysicalInterconnect,
+                                    &registry::kControllerCharacteristics,
+                                    &registry::kSCSIPortIdentifier,
+                                    &registry::kLeaf,
+                                    &registry::kContent,
+                                    &registry::kProperties};
 
 const char* const kClasses[] = {"KsSCSIMultipathedLogicalUnit",
                                 "KsSCSIHierarchicalLogicalUnit",
@@ -47,28 +45,22 @@ const char* const kClasses[] = {"KsSCSIMultipathedLogicalUnit",
 
 // Texts with a meaning, and others.
 Value text(FuzzedDataProvider& input) {
-  switch (input.ConsumeIntegralInRange(0, 6)) {
-    case 0:
-      return ob::Ref<const ob::String>::retain(&registry::kLeastBytes);
-    case 1:
-      return ob::Ref<const ob::String>::retain(&registry::kLeastQueueDepth);
-    case 2:
-      return ob::Ref<const ob::String>::retain(&registry::kModifiedRoundRobin);
-    case 3:
-      return ob::String::make(registry::kSharedVolumeContent);
-    case 4:
-      return ob::String::make(registry::kSharedVolumeComponentContent);
-    case 5:
-      return ob::String::make(
-          std::string(input.ConsumeIntegralInRange<std::size_t>(0, kHuge), '\x1b'));
-    default: {
-      const auto string = ob::String::make(input.ConsumeRandomLengthString(kLongestText));
-      return string ? Value(string) : ob::String::make("not UTF-8");
-    }
+  const std::string_view known[] = {registry::kLeastBytes.view(), registry::kLeastQueueDepth.view(),
+                                    registry::kModifiedRoundRobin.view(),
+                                    registry::kSharedVolumeContent,
+                                    registry::kSharedVolumeComponentContent};
+  const auto kind = input.ConsumeIntegralInRange<std::size_t>(0, std::size(known) + 1);
+  if (kind < std::size(known)) return ob::String::make(known[kind]);
+  if (kind == std::size(known)) {
+    const auto length = input.ConsumeIntegralInRange<std::size_t>(0, kHuge);
+    return ob::String::make(std::string(length, '\x1b'));
   }
+  const auto string = ob::String::make(input.ConsumeRandomLengthString(kLongestText));
+  return string ? Value(string) : ob::String::make("not UTF-8");
 }
 
 Value number(FuzzedDataProvider& input) {
+  using Limits = std::numeric_limits<double>;
   switch (input.ConsumeIntegralInRange(0, 5)) {
     case 0:
       return ob::Number::make(input.ConsumeIntegral<std::int64_t>());
@@ -77,9 +69,9 @@ Value number(FuzzedDataProvider& input) {
     case 2:
       return ob::Number::make(input.ConsumeFloatingPoint<double>());
     case 3:
-      return ob::Number::make(std::numeric_limits<double>::quiet_NaN());
+      return ob::Number::make(Limits::quiet_NaN());
     case 4:
-      return ob::Number::make(std::numeric_limits<double>::infinity());
+      return ob::Number::make(Limits::infinity());
     default:
       return ob::Number::make(input.ConsumeIntegralInRange<std::int64_t>(0, 16));
   }
@@ -146,10 +138,6 @@ Value any(FuzzedDataProvider& input, int depth, const ob::String* name) {
   }
 }
 
-std::string className(FuzzedDataProvider& input) {
-  return input.PickValueInArray(kClasses);
-}
-
 }  // namespace
 
 // Most entries are storage that is visible, or nothing of the rest would be looked at.
@@ -200,7 +188,7 @@ void AnyStorage::addEntries() {
     for (std::size_t i = 0; i < entries_.size(); ++i) {
       if ((above >> i) % 2 != 0) parents.push_back(entries_[i]);
     }
-    registry.addEntry(id, className(input_), parents, properties());
+    registry.addEntry(id, input_.PickValueInArray(kClasses), parents, properties());
     describe(id);
     entries_.push_back(id);
   }

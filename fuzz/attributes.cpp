@@ -47,10 +47,9 @@ void expectCounters(std::string_view table) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string_view text = tavrenix::fuzz::textOf(data, size);
+void tavrenix::fuzz::run(std::string_view text) {
   expect(isShown(printable(text)), "what is made printable is");
-  expect(decodeUdevEscapes(text).size() <= size, "escapes only shrink");
+  expect(decodeUdevEscapes(text).size() <= text.size(), "escapes only shrink");
   const auto label = fileSystemLabel(text);
   expect(!label || (!label->empty() && isShown(*label)), "a label is printable");
   if (const auto place = parsePlace(text)) expectPlace(*place);
@@ -63,11 +62,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   expectCounters(text);
   const auto state = pathStateByte(text, text, false);
   expect((state & 0x70) == 0, "bits without a meaning are not set");
-  if (const auto bytes = tavrenix::lab::bytesFromHex(text)) {
-    const std::string hex = tavrenix::lab::hexFromBytes(*bytes);
-    expect(hex.size() == size && tavrenix::lab::bytesFromHex(hex) == bytes,
+  if (const auto bytes = lab::bytesFromHex(text)) {
+    const std::string hex = lab::hexFromBytes(*bytes);
+    expect(hex.size() == text.size() && lab::bytesFromHex(hex) == bytes,
            "hexadecimal digits are read as written");
   }
-  tavrenix::lab::nanosecondsFromDate(text);
-  return 0;
+  lab::nanosecondsFromDate(text);
 }

@@ -84,17 +84,17 @@ std::vector<std::string> wordsOf(std::string_view text) {
 }  // namespace
 
 // The first byte decides what the driver answers to requests.
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size == 0) return 0;
+void tavrenix::fuzz::run(std::string_view input) {
+  if (input.empty()) return;
   const test::LibraryHost host;
-  Driver driver{0, data[0] % 2 == 0 ? kSuccess : -536870206};
+  Driver driver{0, input[0] % 2 == 0 ? kSuccess : -536870206};
   host->memory.registry().setWriteHandler(
       [&](EntryID, const ob::String& name, const ob::Object& value) {
         return driver.take(name, value);
       });
   test::addStorage(host->memory, {.units = 2, .paths = 2, .volumes = 1});
 
-  const auto words = wordsOf(fuzz::textOf(data + 1, size - 1));
+  const auto words = wordsOf(input.substr(1));
   const fuzz::Ran ran = fuzz::runFrontEnd(words);
   expect(ran.status == (words.empty() ? 1 : 0), "only a call without words ends with status 1");
   expect(isKnown(ran.output), "the tool says nothing but what it is known for");
@@ -102,5 +102,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   expect(driver.requests == 0 || hasWord(words, "modify"), "only modify asks for changes");
   expect(host->memory.registry().openHandles() == 0, "no handle stays open");
   if (words.size() == 1 && hasWord(words, "list")) fuzz::expectReport(ran.output);
-  return 0;
 }

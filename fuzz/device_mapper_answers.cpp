@@ -69,10 +69,8 @@ extern "C" int __wrap_ioctl(int, unsigned long, dm_ioctl* head) {
   return 0;
 }
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string_view bytes = tavrenix::fuzz::textOf(data, size);
-  expectMaps(bytes);
-  expectLines(bytes);
-  expectSent(bytes);
-  return 0;
+void tavrenix::fuzz::run(std::string_view input) {
+  expectMaps(input);
+  expectLines(input);
+  expectSent(input);
 }

@@ -87,15 +87,14 @@ void expectBounded(const MultipathStatus& status, std::string_view line) {
 }  // namespace
 
 // The first byte chooses the faults of the driver.
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size == 0) return 0;
-  std::string_view rest = fuzz::textOf(data + 1, size - 1);
+void tavrenix::fuzz::run(std::string_view input) {
+  if (input.empty()) return;
+  std::string_view rest = input.substr(1);
   const auto table = parseMultipathTable(fuzz::takeUpTo('\n', rest));
-  const std::string_view line = rest;
-  const auto status = parseMultipathStatus(line);
-  if (status) expectBounded(*status, line);
-  if (!table) return 0;
+  const auto status = parseMultipathStatus(rest);
+  if (status) expectBounded(*status, rest);
+  if (!table) return;
   expectFaithful(*table);
-  expectWholeReload(*table, status.value_or(MultipathStatus{}), data[0]);
-  return 0;
+  expectWholeReload(*table, status.value_or(MultipathStatus{}),
+                    static_cast<unsigned char>(input[0]));
 }

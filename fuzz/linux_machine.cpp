@@ -6,10 +6,10 @@
 #include "fuzz/promise.hpp"
 #include "fuzz/session.hpp"
 #include "fuzz/sysfs.hpp"
-#include "library/manager.hpp"
 #include "linux/host.hpp"
 #include "linux/text.hpp"
-#include "model/memory/host.hpp"
+#include "tests/linux/fake_daemon.hpp"
+#include "tests/support/library_host.hpp"
 
 using namespace tavrenix;
 using fuzz::expect;
@@ -55,40 +55,16 @@ class AnyDriver final : public sys::DeviceMapperPort {
   int answer_;
 };
 
-class AnyDaemon final : public sys::PathDaemon {
- public:
-  explicit AnyDaemon(FuzzedDataProvider& input) : reply_(input.ConsumeRandomLengthString(64)) {}
-  sys::Answer<sys::DaemonReply> ask(const std::string& command) override {
+// A daemon whose one reply is the input's.
+test::FakeDaemon anyDaemon(FuzzedDataProvider& input) {
+  test::FakeDaemon daemon;
+  daemon.answer = [reply = input.ConsumeRandomLengthString(64)](const std::string& command) {
     expect(command.find_first_of(std::string_view("\n\0", 2)) == std::string::npos,
            "a command is one line");
-    return {reply_.empty() ? -ENOENT : 0, sys::parseDaemonReply(reply_)};
-  }
-
- private:
-  std::string reply_;
-};
-
-// The host of the library; while there is none, as at load, an empty one.
-sys::LinuxHost*& current() {
-  static sys::LinuxHost* host = nullptr;
-  return host;
+    return sys::Answer<sys::DaemonReply>{reply.empty() ? -ENOENT : 0, sys::parseDaemonReply(reply)};
+  };
+  return daemon;
 }
-
-class UnderTheLibrary {
- public:
-  explicit UnderTheLibrary(sys::LinuxHost& host) {
-    MPIOManagerTeardown();
-    manager().lastGeneration = 0;  // the machines before this one are forgotten
-    current() = &host;
-    MPIOManagerInitialize();
-  }
-  UnderTheLibrary(const UnderTheLibrary&) = delete;
-  UnderTheLibrary& operator=(const UnderTheLibrary&) = delete;
-  ~UnderTheLibrary() {
-    MPIOManagerTeardown();
-    current() = nullptr;
-  }
-};
 
 bool isShown(std::string_view text) {
   return sys::printable(text) == text;
@@ -115,27 +91,22 @@ void expectPrintableRegistry(sys::LinuxRegistry& registry) {
 
 }  // namespace
 
-MPIOHost& tavrenix::sharedHost() {
-  static memory::MemoryHost& none = *new memory::MemoryHost;
-  return current() == nullptr ? static_cast<MPIOHost&>(none) : *current();
-}
-
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void tavrenix::fuzz::run(std::string_view bytes) {
   const fuzz::Captured diagnostics(stderr);  // the library tells of counters that it lacks
   static const fuzz::Sysfs files;
-  FuzzedDataProvider input(data, size);
+  FuzzedDataProvider input(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
   AnyDriver driver(input);
-  AnyDaemon daemon(input);
+  auto daemon = anyDaemon(input);
   files.write(input);
   // One burst of questions, so that a run does not depend on time.
   sys::LinuxHost host(sys::HostFiles(files.root()), driver, daemon, 0, std::chrono::hours(1));
   expectPrintableRegistry(host.registry());
   {
-    const UnderTheLibrary library(host);
+    manager().lastGeneration = 0;  // the machines before this one are forgotten
+    const test::UnderLibrary library(host);
     const test::Owned<ObArrayRef> units(MPIOCopyLogicalUnits());
     fuzz::useAll(units);
     fuzz::runCommands(units);
   }
   expect(host.registry().openHandles() == 0, "no handle stays open");
-  return 0;
 }

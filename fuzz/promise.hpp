@@ -4,21 +4,19 @@
 
 #include <unistd.h>
 
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
 
 namespace tavrenix::fuzz {
 
+// Each program has its own.
+void run(std::string_view input);
+
 inline void expect(bool holds, const char* promise) {
   if (holds) return;
   ::dprintf(STDERR_FILENO, "fuzz: this does not hold: %s\n", promise);  // stderr may be captured
   std::abort();
-}
-
-inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
-  return {reinterpret_cast<const char*>(data), size};
 }
 
 // Takes what stands before the mark off the front of text, the mark too; all of it where there is
@@ -31,5 +29,3 @@ inline std::string_view takeUpTo(char mark, std::string_view& text) {
 }
 
 }  // namespace tavrenix::fuzz
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);

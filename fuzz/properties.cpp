@@ -9,9 +9,9 @@
 
 using namespace tavrenix;
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void tavrenix::fuzz::run(std::string_view bytes) {
   const fuzz::Captured diagnostics(stderr);  // the library tells of counters that it lacks
-  FuzzedDataProvider input(data, size);
+  FuzzedDataProvider input(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
   const test::LibraryHost host;
   const KernelStatus answer = input.ConsumeBool() ? kSuccess : -EINVAL;
   host->memory.registry().setWriteHandler(
@@ -30,5 +30,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::runCommands(units);
   }
   fuzz::expect(host->memory.registry().openHandles() == 0, "no handle stays open");
-  return 0;
 }

@@ -11,9 +11,17 @@ using test::Owned;
 
 namespace {
 
-bool isAbsentOr(ObDictionaryRef dictionary, ObStringRef key, ObTypeID kind) {
-  const ObTypeRef value = ObDictionaryGetValue(dictionary, key);
-  return value == nullptr || ObGetTypeID(value) == kind;
+struct Member {
+  ObStringRef key;
+  ObTypeID kind;
+};
+
+void expectKinds(ObDictionaryRef dictionary, std::initializer_list<Member> members,
+                 const char* promise) {
+  for (const auto& [key, kind] : members) {
+    const ObTypeRef value = ObDictionaryGetValue(dictionary, key);
+    expect(value == nullptr || ObGetTypeID(value) == kind, promise);
+  }
 }
 
 bool isIdentifier(ObDictionaryRef dictionary, ObStringRef key) {
@@ -34,74 +42,78 @@ std::uint64_t counter(ObDictionaryRef dictionary, ObStringRef key) {
   return value;
 }
 
+void expectTotal(ObDictionaryRef counters, ObStringRef total, ObStringRef sent,
+                 ObStringRef received) {
+  expect(counter(counters, total) == counter(counters, sent) + counter(counters, received),
+         "a total is a sum");
+}
+
 void expectVolume(ObTypeRef volume, void* /*unused*/) {
-  const auto dictionary = static_cast<ObDictionaryRef>(volume);
-  expect(ObGetTypeID(volume) == ObDictionaryGetTypeID() &&
-             isAbsentOr(dictionary, kMPIOLogicalUnitVolumeNameKey, ObStringGetTypeID()) &&
-             isAbsentOr(dictionary, kMPIOLogicalUnitVolumeSizeKey, ObNumberGetTypeID()) &&
-             isAbsentOr(dictionary, kMPIOLogicalUnitVolumeMountPointKey, ObStringGetTypeID()),
-         "volumes are as promised");
+  expect(ObGetTypeID(volume) == ObDictionaryGetTypeID(), "a volume is a dictionary");
+  expectKinds(static_cast<ObDictionaryRef>(volume),
+              {{kMPIOLogicalUnitVolumeNameKey, ObStringGetTypeID()},
+               {kMPIOLogicalUnitVolumeSizeKey, ObNumberGetTypeID()},
+               {kMPIOLogicalUnitVolumeMountPointKey, ObStringGetTypeID()}},
+              "a volume's properties are of their kinds");
 }
 
 void expectUnitProperties(ObDictionaryRef unit) {
-  const ObTypeRef algorithm = ObDictionaryGetValue(unit, kMPIOLogicalUnitAlgorithmKey);
   expect(isIdentifier(unit, kMPIOLogicalUnitIdentifierKey), "a unit's identifier is hexadecimal");
-  expect(isAbsentOr(unit, kMPIOLogicalUnitAliasKey, ObStringGetTypeID()) &&
-             isAbsentOr(unit, kMPIOLogicalUnitVendorIDKey, ObStringGetTypeID()) &&
-             isAbsentOr(unit, kMPIOLogicalUnitProductIDKey, ObStringGetTypeID()) &&
-             isAbsentOr(unit, kMPIOLogicalUnitVolumesKey, ObArrayGetTypeID()),
-         "a unit's properties are of their kinds");
+  expectKinds(unit,
+              {{kMPIOLogicalUnitAliasKey, ObStringGetTypeID()},
+               {kMPIOLogicalUnitVendorIDKey, ObStringGetTypeID()},
+               {kMPIOLogicalUnitProductIDKey, ObStringGetTypeID()},
+               {kMPIOLogicalUnitVolumesKey, ObArrayGetTypeID()}},
+              "a unit's properties are of their kinds");
   expect(counter(unit, kMPIOLogicalUnitBatchCountKey) <= UINT32_MAX, "a batch count has 32 bits");
-  expect(isOneOf(algorithm,
+  expect(isOneOf(ObDictionaryGetValue(unit, kMPIOLogicalUnitAlgorithmKey),
                  {kMPIOLogicalUnitAlgorithmRoundRobin, kMPIOLogicalUnitAlgorithmLeastQueueDepth,
                   kMPIOLogicalUnitAlgorithmLeastBytes}),
          "an algorithm is one of three");
-  const auto volumes =
-      static_cast<ObArrayRef>(ObDictionaryGetValue(unit, kMPIOLogicalUnitVolumesKey));
-  ObArrayApplyFunction(volumes, expectVolume, nullptr);
+  const ObTypeRef volumes = ObDictionaryGetValue(unit, kMPIOLogicalUnitVolumesKey);
+  ObArrayApplyFunction(static_cast<ObArrayRef>(volumes), expectVolume, nullptr);
 }
 
 void expectPathProperties(ObDictionaryRef path) {
   expect(isIdentifier(path, kMPIOLogicalUnitPathIdentifierKey),
          "a path's identifier is hexadecimal");
-  expect(isAbsentOr(path, kMPIOLogicalUnitPathInterconnectKey, ObStringGetTypeID()) &&
-             isAbsentOr(path, kMPIOLogicalUnitPathHostPortIdentifierKey, ObDataGetTypeID()) &&
-             isAbsentOr(path, kMPIOLogicalUnitPathEnabledKey, ObBooleanGetTypeID()),
-         "a path's properties are of their kinds");
+  expectKinds(path,
+              {{kMPIOLogicalUnitPathInterconnectKey, ObStringGetTypeID()},
+               {kMPIOLogicalUnitPathHostPortIdentifierKey, ObDataGetTypeID()},
+               {kMPIOLogicalUnitPathEnabledKey, ObBooleanGetTypeID()}},
+              "a path's properties are of their kinds");
   expect(isOneOf(ObDictionaryGetValue(path, kMPIOLogicalUnitPathStateKey),
                  {nullptr, kMPIOPathStateActiveOptimized, kMPIOPathStateActiveNonOptimized,
                   kMPIOPathStateStandby, kMPIOPathStateUnavailable}),
          "a path's state is one of four");
 }
 
-void expectError(const Owned<ObErrorRef>& error, bool done) {
+// call: a change, with where it is to put its error.
+template <class Call>
+void change(Call call) {
+  Owned<ObErrorRef> error;
+  const bool done = call(error.out());
   expect(!error || !done, "a change that is done has no error");
   const auto code = ObErrorGetCode(error.get());
   expect(!error || (code >= kMPIOErrorBadArgument && code <= kMPIOErrorNoResources),
          "an error is one of the table");
 }
 
-template <class Call>
-void change(Call call) {
-  Owned<ObErrorRef> error;
-  const bool done = call(error.out());
-  expectError(error, done);
-}
-
 void usePath(MPIOLogicalUnitPathRef path) {
-  const Owned<ObDictionaryRef> properties(MPIOLogicalUnitPathCopyProperties(path));
-  if (properties) expectPathProperties(properties.get());
+  if (const Owned<ObDictionaryRef> properties{MPIOLogicalUnitPathCopyProperties(path)}) {
+    expectPathProperties(properties.get());
+  }
   if (const Owned<ObDictionaryRef> counters{MPIOLogicalUnitPathCopyStatistics(path)}) {
     expect(counter(counters.get(), kMPIOLogicalUnitPathStatisticsPathStateKey) <= UINT8_MAX,
            "a path's state is a byte");
-    expect(counter(counters.get(), kMPIOLogicalUnitPathStatisticsTotalBytesKey) ==
-               counter(counters.get(), kMPIOLogicalUnitPathStatisticsBytesSentKey) +
-                   counter(counters.get(), kMPIOLogicalUnitPathStatisticsBytesReceivedKey),
-           "a total is a sum");
+    expectTotal(counters.get(), kMPIOLogicalUnitPathStatisticsTotalBytesKey,
+                kMPIOLogicalUnitPathStatisticsBytesSentKey,
+                kMPIOLogicalUnitPathStatisticsBytesReceivedKey);
   }
   Owned<MPIOLogicalUnitRef>(MPIOLogicalUnitPathCopyLogicalUnit(path));
-  change([&](ObErrorRef* error) { return MPIOLogicalUnitPathEnable(path, error); });
-  change([&](ObErrorRef* error) { return MPIOLogicalUnitPathDisable(path, error); });
+  for (const auto set : {MPIOLogicalUnitPathEnable, MPIOLogicalUnitPathDisable}) {
+    change([&](ObErrorRef* error) { return set(path, error); });
+  }
 }
 
 void useUnit(MPIOLogicalUnitRef unit) {
@@ -109,17 +121,16 @@ void useUnit(MPIOLogicalUnitRef unit) {
     expectUnitProperties(properties.get());
   }
   if (const Owned<ObDictionaryRef> counters{MPIOLogicalUnitCopyStatistics(unit)}) {
-    expect(counter(counters.get(), kMPIOLogicalUnitStatisticsTotalBytesKey) ==
-               counter(counters.get(), kMPIOLogicalUnitStatisticsBytesSentKey) +
-                   counter(counters.get(), kMPIOLogicalUnitStatisticsBytesReceivedKey),
-           "a total is a sum");
+    expectTotal(counters.get(), kMPIOLogicalUnitStatisticsTotalBytesKey,
+                kMPIOLogicalUnitStatisticsBytesSentKey, kMPIOLogicalUnitStatisticsBytesReceivedKey);
   }
   change([&](ObErrorRef* error) {
     return MPIOLogicalUnitSetAlgorithm(unit, kMPIOLogicalUnitAlgorithmRoundRobin, error);
   });
   change([&](ObErrorRef* error) { return MPIOLogicalUnitSetBatchCount(unit, 3, error); });
-  change([&](ObErrorRef* error) { return MPIOLogicalUnitEnableAllPaths(unit, error); });
-  change([&](ObErrorRef* error) { return MPIOLogicalUnitDisableAllPaths(unit, error); });
+  for (const auto set : {MPIOLogicalUnitEnableAllPaths, MPIOLogicalUnitDisableAllPaths}) {
+    change([&](ObErrorRef* error) { return set(unit, error); });
+  }
   const Owned<ObArrayRef> paths(MPIOLogicalUnitCopyPaths(unit));
   for (std::size_t i = 0; i < ObArrayGetCount(paths.get()); ++i)
     usePath(test::at<MPIOLogicalUnitPathRef>(paths, i));

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include "fuzz/promise.hpp"
-#include "fuzz/scratch.hpp"
 
 namespace tavrenix::fuzz {
 
@@ -34,26 +33,27 @@ const char* const kFiles[] = {
 
 }  // namespace
 
-Sysfs::Sysfs() : root_(scratchFolder()) {
+Sysfs::Sysfs() {
   addDevice("8:0", "devices/host3/rport-3:0-1/target3:0:1/3:0:1:5/block/sda");
   addDevice("8:16", "devices/host4/target4:0:0/4:0:0:0/block/sdb");
   addDevice("254:0", "devices/virtual/block/dm-0");
-  for (const char* file : kFiles) std::filesystem::create_directories((root_ / file).parent_path());
+  for (const char* file : kFiles)
+    std::filesystem::create_directories((root() / file).parent_path());
 }
 
 void Sysfs::addDevice(const std::string& number, const std::string& folder) const {
   namespace fs = std::filesystem;
-  const fs::path whole = root_ / "sys" / folder;
+  const fs::path whole = root() / "sys" / folder;
   for (const char* inside : {"holders", "slaves"}) fs::create_directories(whole / inside);
   // As in sysfs: "device" leads to the SCSI device above the folder "block".
   fs::create_directory_symlink("../..", whole / "device");
-  fs::create_directories(root_ / "sys/dev/block");
-  fs::create_directory_symlink("../../" + folder, root_ / "sys/dev/block" / number);
+  fs::create_directories(root() / "sys/dev/block");
+  fs::create_directory_symlink("../../" + folder, root() / "sys/dev/block" / number);
 }
 
 void Sysfs::write(FuzzedDataProvider& input) const {
   for (const char* name : kFiles) {
-    const std::string path = root_ / name;
+    const std::string path = root() / name;
     const std::string content = input.ConsumeRandomLengthString(kLongestContent);
     if (content == "-") {  // an attribute that is not there
       ::unlink(path.c_str());

@@ -4,26 +4,22 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <filesystem>
-#include <string>
+#include "tests/linux/scratch.hpp"
 
 namespace tavrenix::fuzz {
 
 class Sysfs {
  public:
   Sysfs();
-  Sysfs(const Sysfs&) = delete;
-  Sysfs& operator=(const Sysfs&) = delete;
-  ~Sysfs() { std::filesystem::remove_all(root_); }
 
-  std::string root() const { return root_; }
+  const std::filesystem::path& root() const { return scratch_.folder(); }
   // Writes every file anew, or takes it away.
   void write(FuzzedDataProvider& input) const;
 
  private:
   void addDevice(const std::string& number, const std::string& folder) const;
 
-  std::filesystem::path root_;
+  test::Scratch scratch_;
 };
 
 }  // namespace tavrenix::fuzz

@@ -5,24 +5,14 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
-
 #include "fuzz/promise.hpp"
 #include "linux/event_source.hpp"
+#include "tests/linux/udev_message.hpp"
 
 using namespace tavrenix::sys;
 using tavrenix::fuzz::expect;
 
 namespace {
-
-std::string udevMessage(std::string_view properties) {
-  std::string message("libudev\0\xfe\xed\xca\xfe", 12);
-  for (const std::uint32_t number : {40U, 40U, static_cast<std::uint32_t>(properties.size())}) {
-    message.append(reinterpret_cast<const char*>(&number), sizeof number);
-  }
-  message.resize(40);
-  return message.append(properties);
-}
 
 void expectBounded(const Uevent& event, std::size_t size) {
   expect(event.properties.size() <= 1024, "the number of properties is bounded");
@@ -39,7 +29,7 @@ void expectBounded(const Uevent& event, std::size_t size) {
 void expectAlike(std::string_view properties) {
   using namespace std::string_view_literals;
   const auto kernels = parseUevent(std::string("change@/x\0"sv).append(properties));
-  const auto udevs = parseUevent(udevMessage(properties));
+  const auto udevs = parseUevent(tavrenix::test::udevMessage(properties));
   expect(kernels.has_value() == udevs.has_value() &&
              (!kernels || kernels->properties == udevs->properties),
          "both forms of an event tell the same");
@@ -59,11 +49,9 @@ void expectHeard(std::string_view message, bool concerns) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string_view message = tavrenix::fuzz::textOf(data, size);
+void tavrenix::fuzz::run(std::string_view message) {
   const auto event = parseUevent(message);
-  if (event) expectBounded(*event, size);
+  if (event) expectBounded(*event, message.size());
   expectAlike(message);
   expectHeard(message, event && concernsStorage(*event));
-  return 0;
 }

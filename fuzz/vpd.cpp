@@ -31,23 +31,20 @@ void expectDesignator(const Designator& designator, std::span<const std::uint8_t
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::span page(data, size);
+void tavrenix::fuzz::run(std::string_view input) {
+  const std::span page(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
   if (const auto designator = preferredDesignator(page)) {
     expectDesignator(*designator, page);
-    const auto longer = [&] {
-      std::vector<std::uint8_t> bytes(page.begin(), page.end());
-      bytes.push_back(0x83);
-      return preferredDesignator(bytes);
-    }();
+    std::vector<std::uint8_t> bytes(page.begin(), page.end());
+    bytes.push_back(0x83);
+    const auto longer = preferredDesignator(bytes);
     expect(longer && longer->bytes == designator->bytes, "what stands behind the page is not read");
   }
-  if (const auto identity = parseInquiry(tavrenix::fuzz::textOf(data, size))) {
+  if (const auto identity = parseInquiry(input)) {
     expect(identity->vendor.size() <= 8 && identity->product.size() <= 16 && identity->type < 32,
            "an identity fits its fields");
     expect(printable(identity->vendor) == identity->vendor &&
                printable(identity->product) == identity->product,
            "an identity is printable");
   }
-  return 0;
 }

@@ -4,6 +4,8 @@
 //   { <selector> <#selector args> arg... <#paths> <#args per path> { <major:minor> arg... }... }...
 #pragma once
 
+#include <vector>
+
 #include "linux/device_number.hpp"
 
 namespace tavrenix::sys {

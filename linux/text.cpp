@@ -50,16 +50,6 @@ std::string_view takeWord(std::string_view& rest) {
   return word;
 }
 
-std::optional<std::vector<std::string_view>> splitWords(std::string_view text, std::size_t limit) {
-  std::vector<std::string_view> words;
-  for (;;) {
-    const auto word = takeWord(text);
-    if (word.empty()) return words;
-    if (words.size() == limit) return std::nullopt;
-    words.push_back(word);
-  }
-}
-
 std::string printable(std::string_view bytes, std::size_t limit) {
   if (bytes.size() <= limit && std::all_of(bytes.begin(), bytes.end(), isPlain)) {
     return std::string(bytes);

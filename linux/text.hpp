@@ -5,7 +5,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace tavrenix::sys {
 
@@ -17,9 +16,6 @@ std::optional<std::uint64_t> parseNumber(std::string_view text, int base = 10);
 
 // Takes the next word between blanks off rest; empty where there is none left.
 std::string_view takeWord(std::string_view& rest);
-
-// The words between blanks; nothing where there are more than limit of them.
-std::optional<std::vector<std::string_view>> splitWords(std::string_view text, std::size_t limit);
 
 // UTF-8 that no terminal acts on: control characters and what is not UTF-8 become '?' each, and the
 // text ends after limit bytes at the latest.

@@ -18,6 +18,10 @@ void put(char*& at, const void* bytes, std::size_t count) {
   at += count;
 }
 
+void endAnswer(dm_ioctl& head, const char* end) {
+  head.data_size = static_cast<std::uint32_t>(end - reinterpret_cast<const char*>(&head));
+}
+
 // An entry of the list as the kernel writes it; what stands behind the name depends on its version.
 void putMap(char*& at, std::uint64_t device, const char* name, const char* uuid, int minorVersion,
             bool last) {
@@ -35,24 +39,24 @@ void putMap(char*& at, std::uint64_t device, const char* name, const char* uuid,
   std::memcpy(begin, &entry, offsetof(dm_name_list, name));
 }
 
-std::vector<ListedMap> listOf(int minorVersion) {
-  gDriver = [minorVersion](dm_ioctl& head, char* behind) {
-    EXPECT_EQ(head.flags & DM_UUID_FLAG, std::uint32_t{DM_UUID_FLAG});
-    head.version[1] = static_cast<std::uint32_t>(minorVersion);
-    char* at = behind;
-    // 254:300 and 254:1, as huge_encode_dev writes them.
-    putMap(at, 0x10FE2C, "mpatha", "mpath-3600a", minorVersion, false);
-    putMap(at, 0xFE01, "a-name-of-16-byt", nullptr, minorVersion, true);
-    head.data_size = head.data_start + static_cast<std::uint32_t>(at - behind);
-  };
-  DmMessage question({}, DM_UUID_FLAG);
-  EXPECT_EQ(question.ask(0, DM_LIST_DEVICES), 0);
-  return question.maps();
+void putTarget(char* at, const dm_target_spec& target, const char* line) {
+  put(at, &target, sizeof target);
+  put(at, line, std::strlen(line) + 1);
 }
 
 TEST(DmMessage, ListsMapsOfEveryVersion) {
   for (const int version : {36, 37, 45, 47}) {
-    const auto maps = listOf(version);
+    gDriver = [version](dm_ioctl& head, char* at) {
+      EXPECT_EQ(head.flags & DM_UUID_FLAG, std::uint32_t{DM_UUID_FLAG});
+      head.version[1] = static_cast<std::uint32_t>(version);
+      // 254:300 and 254:1, as huge_encode_dev writes them.
+      putMap(at, 0x10FE2C, "mpatha", "mpath-3600a", version, false);
+      putMap(at, 0xFE01, "a-name-of-16-byt", nullptr, version, true);
+      endAnswer(head, at);
+    };
+    DmMessage question({}, DM_UUID_FLAG);
+    EXPECT_EQ(question.ask(0, DM_LIST_DEVICES), 0);
+    const auto maps = question.maps();
     ASSERT_EQ(maps.size(), 2u) << version;
     EXPECT_EQ(maps[0].device, (DeviceNumber{254, 300}));
     EXPECT_EQ(maps[0].name, "mpatha");
@@ -62,19 +66,16 @@ TEST(DmMessage, ListsMapsOfEveryVersion) {
     EXPECT_EQ(maps[1].name, "a-name-of-16-byt");
     EXPECT_EQ(maps[1].uuid, "");
   }
-}
-
-TEST(DmMessage, ListsNothingWhereThereIsNothing) {
   gDriver = [](dm_ioctl& head, char* behind) {
     std::memset(behind, 0, 16);
-    head.data_size = head.data_start + 16;
+    endAnswer(head, behind + 16);
   };
-  DmMessage question;
-  ASSERT_EQ(question.ask(0, DM_LIST_DEVICES), 0);
-  EXPECT_TRUE(question.maps().empty());
+  DmMessage none;
+  EXPECT_EQ(none.ask(0, DM_LIST_DEVICES), 0);
+  EXPECT_TRUE(none.maps().empty());
 }
 
-TEST(DmMessage, ReadsTheLinesOfAMapOfTwoTargets) {
+TEST(DmMessage, ReadsTheLinesOfAMapOfThreeTargets) {
   gDriver = [](dm_ioctl& head, char* behind) {
     EXPECT_EQ(head.dev, 0x10FE2Cu);
     std::strcpy(head.name, "mpatha");
@@ -82,20 +83,11 @@ TEST(DmMessage, ReadsTheLinesOfAMapOfTwoTargets) {
     head.flags = DM_SUSPEND_FLAG | DM_READONLY_FLAG | DM_INACTIVE_PRESENT_FLAG;
     head.open_count = 3;
     head.event_nr = 9;
-    head.target_count = 2;
-    dm_target_spec target{};
-    target.length = 10;
-    target.next = 56;
-    std::strcpy(target.target_type, "linear");
-    char* at = behind;
-    put(at, &target, sizeof target);
-    put(at, "8:0 5", 6);
-    at = behind + 56;
-    target.sector_start = 10;
-    target.next = 112;
-    put(at, &target, sizeof target);
-    put(at, "8:16 0", 7);
-    head.data_size = head.data_start + 112;
+    head.target_count = 3;
+    putTarget(behind, {0, 10, 0, 56, "linear"}, "8:0 5");
+    putTarget(behind + 56, {10, 10, 0, 112, "linear"}, "8:16 0");
+    putTarget(behind + 112, {20, 10, 0, 168, "linear"}, "8:32 1");
+    endAnswer(head, behind + 168);
   };
   DmMessage question(DeviceNumber{254, 300});
   ASSERT_EQ(question.ask(0, DM_TABLE_STATUS), 0);
@@ -105,11 +97,12 @@ TEST(DmMessage, ReadsTheLinesOfAMapOfTwoTargets) {
   EXPECT_TRUE(lines.suspended && lines.readOnly && lines.inactiveTable);
   EXPECT_EQ(lines.openCount, 3);
   EXPECT_EQ(lines.event, 9u);
-  ASSERT_EQ(lines.targets.size(), 2u);
+  ASSERT_EQ(lines.targets.size(), 3u);
   EXPECT_EQ(lines.targets[0].line, "8:0 5");
   EXPECT_EQ(lines.targets[1].start, 10u);
   EXPECT_EQ(lines.targets[1].type, "linear");
   EXPECT_EQ(lines.targets[1].line, "8:16 0");
+  EXPECT_EQ(lines.targets[2].line, "8:32 1");
 }
 
 TEST(DmMessage, SendsTextsAndEventNumbers) {

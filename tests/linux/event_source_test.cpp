@@ -1,4 +1,4 @@
-// Listening to events, over a socket of the test's own.
+// Listening to events, over sockets of the test's own, and what events say, whole and broken.
 #include "linux/event_source.hpp"
 
 #include <gtest/gtest.h>
@@ -7,28 +7,70 @@
 #include <unistd.h>
 
 #include <cstring>
-#include <string_view>
 #include <thread>
+
+#include "linux/uevent.hpp"
+#include "tests/linux/udev_message.hpp"
 
 namespace tavrenix::sys {
 namespace {
 
+using namespace std::string_literals;
 using namespace std::string_view_literals;
+using test::udevMessage;
 using Heard = EventSource::Heard;
 
-constexpr auto kDisk = "add@/x\0SUBSYSTEM=block\0"sv;
+const std::string kDisk = "add@/x\0SUBSYSTEM=block\0"s;
+const std::string kNetwork = "add@/x\0SUBSYSTEM=net\0"s;
 constexpr std::chrono::milliseconds kSoon(1);
-constexpr auto kNetwork = "add@/x\0SUBSYSTEM=net\0"sv;
+
+TEST(Uevent, OfTheKernelAndOfUdevIsRead) {
+  const auto failed = parseUevent(
+      "change@/devices/virtual/block/dm-0\0ACTION=change\0SUBSYSTEM=block\0DM_TARGET=multipath\0"
+      "DM_ACTION=PATH_FAILED\0DM_PATH=8:16\0SEQNUM=990\0"sv);
+  ASSERT_TRUE(failed);
+  EXPECT_EQ(failed->value("DM_ACTION"), "PATH_FAILED");
+  EXPECT_EQ(failed->value("NONE"), "");
+  EXPECT_TRUE(concernsStorage(*failed));
+  EXPECT_FALSE(concernsStorage(*parseUevent(kNetwork)));
+  const auto labelled = parseUevent(udevMessage("SUBSYSTEM=block\0ID_FS_LABEL=a=b\0"sv));
+  ASSERT_TRUE(labelled);
+  EXPECT_EQ(labelled->value("ID_FS_LABEL"), "a=b");
+  EXPECT_TRUE(concernsStorage(*labelled));
+}
+
+TEST(Uevent, ThatIsBrokenIsNone) {
+  std::vector<std::string> broken{"",
+                                  "x",
+                                  "\0"s,
+                                  "no action\0A=b\0"s,
+                                  "@/x\0A=b\0"s,
+                                  "add@/x\0A=b"s,
+                                  "add@/x",
+                                  udevMessage("A=b\0"sv, 4, 0xFFFFFFF0),
+                                  udevMessage("A=b\0"sv, 4, 4),
+                                  udevMessage("A=b\0"sv, 0xFFFFFFF0)};
+  for (auto whole = udevMessage("SUBSYSTEM=block\0"sv); !whole.empty();) {
+    whole.pop_back();
+    broken.push_back(whole);
+  }
+  std::string& endless = broken.emplace_back("add@/x\0"s);
+  for (int i = 0; i < 5000; ++i) endless += "A=b\0"sv;
+  for (const auto& message : broken) EXPECT_FALSE(parseUevent(message)) << message.substr(0, 100);
+}
 
 class EventSourceTest : public testing::Test {
  protected:
-  EventSourceTest() {
+  EventSourceTest() { open(::geteuid()); }
+  ~EventSourceTest() override { hangUp(); }
+  // believed: the user whose events are heard.
+  void open(uid_t believed) {
+    hangUp();
     int pair[2];
-    EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET, 0, pair), 0);
-    source.emplace(pair[0], ::geteuid());
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET, 0, pair), 0);
+    source.emplace(pair[0], believed);
     sender = pair[1];
   }
-  ~EventSourceTest() override { hangUp(); }
   void send(std::string_view message) const {
     EXPECT_EQ(::send(sender, message.data(), message.size(), 0),
               static_cast<ssize_t>(message.size()));
@@ -41,73 +83,62 @@ class EventSourceTest : public testing::Test {
   int sender = -1;
 };
 
-TEST_F(EventSourceTest, ManyEventsAreOneChange) {
-  for (int i = 0; i < 3; ++i) send(kDisk);
-  EXPECT_EQ(source->wait(), Heard::kChange);
-  source->stop();
-  EXPECT_EQ(source->wait(), Heard::kStop);
+TEST_F(EventSourceTest, HearsWhatMayConcernStorageAndNoMore) {
+  struct Row {
+    std::vector<std::string> messages;
+    Heard heard;
+  };
+  const Row rows[] = {
+      {{kDisk, kDisk, kDisk}, Heard::kChange},  // many events are one change
+      {{kNetwork, "garbage", ""}, Heard::kNothing},
+      {{kNetwork + std::string(40000, 'x')}, Heard::kChange},  // cut off: about anything
+  };
+  for (const auto& row : rows) {
+    for (const auto& message : row.messages) send(message);
+    EXPECT_EQ(source->wait(kSoon), row.heard) << row.messages.front();
+    EXPECT_EQ(source->wait(kSoon), Heard::kNothing);
+  }
+  hangUp();
+  EXPECT_EQ(source->wait(), Heard::kBroken);
+  open(::geteuid() + 1);
+  send(kDisk);
+  EXPECT_EQ(source->wait(kSoon), Heard::kNothing) << "another user is not believed";
 }
 
-TEST_F(EventSourceTest, OtherAndBrokenEventsArePassedOver) {
-  send(kNetwork);
-  send("garbage");
-  send("");
-  EXPECT_EQ(source->wait(kSoon), Heard::kNothing);
-}
-
-TEST_F(EventSourceTest, AWaitUnderWayIsEndedByAChange) {
-  std::thread later([this] {
+TEST_F(EventSourceTest, AWaitUnderWayIsEndedByAChangeAndByAStop) {
+  std::thread changing([&] {
     send(kNetwork);
     send(kDisk);
   });
   EXPECT_EQ(source->wait(), Heard::kChange);
-  later.join();
-}
-
-TEST_F(EventSourceTest, AWaitUnderWayIsEndedByAStop) {
-  std::thread stopper([this] { source->stop(); });
+  changing.join();
+  std::thread stopping([&] { source->stop(); });
   EXPECT_EQ(source->wait(), Heard::kStop);
   EXPECT_EQ(source->wait(), Heard::kStop) << "and all later ones";
-  stopper.join();
+  stopping.join();
 }
 
-TEST_F(EventSourceTest, ASocketThatEndsIsTold) {
-  hangUp();
-  EXPECT_EQ(source->wait(), Heard::kBroken);
+sockaddr_nl netlinkAddress(unsigned groups, unsigned port = 0) {
+  sockaddr_nl address{};
+  address.nl_family = AF_NETLINK;
+  address.nl_groups = groups;
+  address.nl_pid = port;
+  return address;
 }
 
-TEST_F(EventSourceTest, AMessageThatIsCutOffMayBeAboutAnything) {
-  send(std::string("add@/x\0SUBSYSTEM=net\0"sv) + std::string(40000, 'x'));
-  EXPECT_EQ(source->wait(), Heard::kChange);
-}
-
-TEST(EventSource, AnotherUserIsNotBelieved) {
-  int pair[2];
-  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET, 0, pair), 0);
-  EventSource source(pair[0], ::geteuid() + 1);
-  EXPECT_GT(::send(pair[1], kDisk.data(), kDisk.size(), 0), 0);
-  EXPECT_EQ(source.wait(kSoon), Heard::kNothing);
-  ::close(pair[1]);
-}
-
-// A message as it comes from a netlink socket.
-bool believed(unsigned group, unsigned senderPort, uid_t user, bool withCredentials = true) {
-  sockaddr_nl from{};
-  from.nl_family = AF_NETLINK;
-  from.nl_groups = group;
-  from.nl_pid = senderPort;
+// A message as it comes from a netlink socket, from that user or without a word of who it is.
+bool believed(unsigned group, unsigned senderPort, std::optional<uid_t> user) {
+  sockaddr_nl from = netlinkAddress(group, senderPort);
   alignas(cmsghdr) char control[CMSG_SPACE(sizeof(ucred))] = {};
   msghdr message{};
   message.msg_name = &from;
   message.msg_namelen = sizeof from;
-  if (withCredentials) {
+  if (user) {
     message.msg_control = control;
     message.msg_controllen = sizeof control;
     cmsghdr* head = CMSG_FIRSTHDR(&message);
-    head->cmsg_level = SOL_SOCKET;
-    head->cmsg_type = SCM_CREDENTIALS;
-    head->cmsg_len = CMSG_LEN(sizeof(ucred));
-    const ucred sender{1, user, user};
+    *head = {CMSG_LEN(sizeof(ucred)), SOL_SOCKET, SCM_CREDENTIALS};
+    const ucred sender{1, *user, *user};
     std::memcpy(CMSG_DATA(head), &sender, sizeof sender);
   }
   return isBelieved(message, 0);
@@ -118,7 +149,7 @@ TEST(EventSource, OnlyTheKernelSpeaksInItsGroupAndOnlyRootInUdevs) {
   EXPECT_FALSE(believed(1, 4711, 0));
   EXPECT_TRUE(believed(2, 4711, 0));
   EXPECT_FALSE(believed(2, 4711, 1000));
-  EXPECT_FALSE(believed(2, 4711, 0, false));
+  EXPECT_FALSE(believed(2, 4711, std::nullopt));
   EXPECT_FALSE(believed(0, 4711, 0)) << "sent to one socket alone";
 }
 
@@ -126,17 +157,13 @@ TEST(EventSource, OnlyTheKernelSpeaksInItsGroupAndOnlyRootInUdevs) {
 TEST(EventSource, LostEventsAreAChange) {
   const auto open = [](unsigned groups) {
     const int socket = ::socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC, NETLINK_USERSOCK);
-    sockaddr_nl address{};
-    address.nl_family = AF_NETLINK;
-    address.nl_groups = groups;
+    const auto address = netlinkAddress(groups);
     EXPECT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     return socket;
   };
   EventSource source(open(2), ::geteuid());
   const int sender = open(0);
-  sockaddr_nl group{};
-  group.nl_family = AF_NETLINK;
-  group.nl_groups = 2;
+  const auto group = netlinkAddress(2);
   for (int i = 0; i < 20000; ++i) {  // of the network, so that only the loss can be the change
     ::sendto(sender, kNetwork.data(), kNetwork.size(), 0, reinterpret_cast<const sockaddr*>(&group),
              sizeof group);

@@ -2,7 +2,10 @@
 // and messages as the driver changes them, and as faults are put in.
 #pragma once
 
+#include <atomic>
+#include <functional>
 #include <map>
+#include <mutex>
 #include <set>
 
 #include "linux/device_mapper.hpp"
@@ -17,7 +20,6 @@ class FakeDeviceMapper final : public sys::DeviceMapperPort {
     std::string name;
     std::string uuid;
     sys::Target table;
-    std::string otherStatus;  // status lines of other targets, told as they are
     std::set<sys::DeviceNumber> failed;
     std::set<std::size_t> disabledGroups;  // from 1
     bool suspended = false;
@@ -32,15 +34,17 @@ class FakeDeviceMapper final : public sys::DeviceMapperPort {
            const std::string& line);
 
   sys::Answer<std::vector<sys::ListedMap>> list() override;
-  sys::Answer<sys::MapLines> read(sys::DeviceNumber map, sys::Lines which) override;
-  int load(sys::DeviceNumber map, const sys::Target& table, bool readOnly) override;
-  int resume(sys::DeviceNumber map) override;
-  int clear(sys::DeviceNumber map) override;
-  int message(sys::DeviceNumber map, const std::string& text) override;
+  sys::Answer<sys::MapLines> read(sys::DeviceNumber device, sys::Lines which) override;
+  int load(sys::DeviceNumber device, const sys::Target& target, bool readOnly) override;
+  int resume(sys::DeviceNumber device) override;
+  int clear(sys::DeviceNumber device) override;
+  int message(sys::DeviceNumber device, const std::string& text) override;
 
+  std::mutex mutex;  // held by list() and read(), and by a test while other threads call them
   std::map<sys::DeviceNumber, Map> maps;
   std::vector<std::string> calls;  // every change asked for, in order
   int listStatus = 0;
+  std::atomic<int> failedLists = 0;
   bool tellsUuids = true;
   bool clampsRepeats = true;  // as the driver does since 4.11
   // The next operation of that name fails: "load", "resume" (left suspended), "interrupt"
@@ -49,9 +53,9 @@ class FakeDeviceMapper final : public sys::DeviceMapperPort {
   std::map<std::string, int> faults;
 
  private:
-  Map* find(sys::DeviceNumber device);
-  int fault(const std::string& name);
-  std::string statusLine(const Map& map) const;
+  int change(sys::DeviceNumber device, const std::string& call, const char* fault,
+             const std::function<int(Map&)>& how);
+  int takeFault(const std::string& name);
 };
 
 }  // namespace tavrenix::test

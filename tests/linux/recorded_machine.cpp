@@ -4,11 +4,9 @@
 #include <sys/stat.h>
 
 #include <fstream>
-#include <sstream>
 
 #include "linux/properties.hpp"
 #include "model/entry.hpp"
-#include "model/registry_names.hpp"
 #include "runtime/values.hpp"
 
 namespace tavrenix::test {
@@ -17,66 +15,42 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string recording(const std::string& name) {
-  return std::string(RECORDED_MACHINES) + '/' + name;
-}
-
-std::vector<std::string> linesOf(const std::string& file) {
-  std::ifstream in(file);
-  EXPECT_TRUE(in) << file;
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
-
-// "name: start length type rest"
-std::pair<std::string, sys::Target> splitLine(const std::string& line) {
-  std::istringstream words(line);
+// Fills port with what `dmsetup info -c` and `dmsetup table` printed.
+void loadMaps(FakeDeviceMapper& port, const fs::path& root) {
+  std::map<std::string, FakeDeviceMapper::Map*> byName;
+  std::ifstream info(root / "dmsetup.info");
+  std::string ignored;
+  std::getline(info, ignored);  // headings
+  FakeDeviceMapper::Map map;
+  sys::DeviceNumber device;
+  while (info >> map.name >> device.major >> device.minor >> ignored >> map.openCount >> ignored >>
+         ignored >> map.uuid) {
+    byName[map.name + ':'] = &(port.maps[device] = map);
+  }
+  std::ifstream table(root / "dmsetup.table");
   std::string name;
   sys::Target target;
-  words >> name >> target.start >> target.length >> target.type;
-  words.get();
-  std::getline(words, target.line);
-  name.pop_back();
-  return {name, target};
+  while (table >> name >> target.start >> target.length >> target.type) {
+    table.get();
+    std::getline(table, target.line);
+    byName.at(name)->table = target;
+  }
 }
 
 }  // namespace
 
-void loadRecordedMaps(FakeDeviceMapper& port, const std::string& root) {
-  std::map<std::string, sys::DeviceNumber> devices;
-  for (const auto& line : linesOf(root + "/dmsetup.info")) {
-    const auto words = sys::splitWords(line, 16);
-    if (!words || words->size() < 8 || words->at(0) == "Name") continue;
-    const auto device =
-        sys::parseDeviceNumber(std::string(words->at(1)) + ':' + std::string(words->at(2)));
-    auto& map = port.maps[device.value()];
-    map.name = words->at(0);
-    map.uuid = words->at(7);
-    map.openCount = static_cast<std::int32_t>(sys::parseNumber(words->at(4)).value());
-    devices[map.name] = *device;
-  }
-  for (const auto& line : linesOf(root + "/dmsetup.table")) {
-    auto [name, target] = splitLine(line);
-    port.maps[devices.at(name)].table = target;
-  }
-  for (const auto& line : linesOf(root + "/dmsetup.status")) {
-    auto [name, target] = splitLine(line);
-    auto& map = port.maps[devices.at(name)];
-    map.otherStatus = target.line;
-    const auto status = sys::parseMultipathStatus(target.line);
-    for (const auto& group : status ? status->groups : std::vector<sys::StatusGroup>{}) {
-      for (const auto& path : group.paths) {
-        if (!path.used) map.failed.insert(path.device);
-      }
-    }
-  }
+RecordedMachine::RecordedMachine(const std::string& name, Options options)
+    : host(sys::HostFiles(root), port, daemon, options.user, options.pause,
+           std::move(options.opener)) {
+  fs::copy(fs::path(RECORDED_MACHINES) / name, root,
+           fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+  loadMaps(port, root);
 }
 
-RecordedMachine::RecordedMachine(const std::string& name, std::uint32_t user)
-    : root(name.starts_with('/') ? name : recording(name)),
-      host(sys::HostFiles(root), port, daemon, user, sys::Burst::Clock::duration::zero()) {
-  loadRecordedMaps(port, root);
+void RecordedMachine::write(const std::string& path, const std::string& content) const {
+  const fs::path file(root + path);
+  fs::create_directories(file.parent_path());
+  std::ofstream(file, std::ios::binary) << content;
 }
 
 EntryID RecordedMachine::id(sys::Kind kind, sys::DeviceNumber device) const {
@@ -86,40 +60,43 @@ EntryID RecordedMachine::id(sys::Kind kind, sys::DeviceNumber device) const {
   return sys::makeEntryID(name, found.st_ino);
 }
 
-ob::Ref<const ob::Dictionary> RecordedMachine::properties(EntryID entry) {
-  auto properties = copyEntryProperties(registry(), entry);
-  return properties ? properties : ob::DictionaryBuilder(0).build();
+std::string RecordedMachine::says(EntryID entry) {
+  return text(copyEntryProperties(registry(), entry).get());
 }
 
 std::vector<EntryID> RecordedMachine::relatives(EntryID entry, std::uint32_t options) {
+  const ScopedHandle from(registry(), registry().findServiceByEntryID(entry));
+  return all(registry().createIterator(from.get(), registry::kServicePlane, options));
+}
+
+std::vector<EntryID> RecordedMachine::ofClass(std::string_view className) {
+  return all(registry().findServicesByClass(className));
+}
+
+std::vector<EntryID> RecordedMachine::all(RegistryResult<RegistryHandle> iterator) {
+  EXPECT_EQ(iterator.status, kSuccess);
   std::vector<EntryID> found;
-  forEachRelative(registry(), entry, options, [&](RegistryHandle handle) {
+  forEachEntry(registry(), iterator.value, [&](RegistryHandle handle) {
     found.push_back(registry().getEntryID(handle).value);
   });
   return found;
 }
 
-CopiedMachine::CopiedMachine(const std::string& name)
-    : root(fs::path(testing::TempDir()) /
-           ("tavrenix." + std::to_string(::getpid()) + '.' + std::to_string(std::rand()))) {
-  fs::copy(recording(name), root, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
-}
-
-void CopiedMachine::write(const std::string& path, const std::string& content) const {
-  const fs::path file = root / path.substr(1);
-  fs::create_directories(file.parent_path());
-  std::ofstream(file, std::ios::binary) << content;
-}
-
-std::string textUnder(const ob::Dictionary& properties, const ob::String& name) {
-  const auto* text = properties.valueAs<ob::String>(name);
-  return text == nullptr ? "(none)" : std::string(text->view());
-}
-
-std::string hexUnder(const ob::Dictionary& properties, const ob::String& name) {
-  const auto* data = properties.valueAs<ob::Data>(name);
-  if (data == nullptr) return "(none)";
-  return sys::textOfIdentifier({data->bytes().begin(), data->bytes().end()});
+std::string text(const ob::Object* value) {
+  if (const auto* string = ob::as<ob::String>(value)) return std::string(string->view());
+  if (const auto* number = ob::as<ob::Number>(value)) return std::to_string(*number->asInt64());
+  if (const auto* boolean = ob::as<ob::Boolean>(value)) return boolean->value() ? "yes" : "no";
+  if (const auto* data = ob::as<ob::Data>(value)) {
+    return sys::textOfIdentifier({data->bytes().begin(), data->bytes().end()});
+  }
+  const auto* dictionary = ob::as<ob::Dictionary>(value);
+  if (dictionary == nullptr) return "nothing";
+  std::map<std::string, std::string> pairs;
+  for (const auto& [name, one] : dictionary->pairs()) pairs[text(name.get())] = text(one.get());
+  std::string all;
+  for (const auto& [name, one] : pairs)
+    all.append(all.empty() ? "" : ", ").append(name + ": " + one);
+  return '{' + all + '}';
 }
 
 }  // namespace tavrenix::test

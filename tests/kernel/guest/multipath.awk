@@ -4,28 +4,19 @@ BEGIN {
   shown["queue-length"] = "Least Queue Depth"
   shown["service-time"] = "Least Bytes"
 }
+# ALIAS (WWID) dm-N VENDOR,PRODUCT
 / dm-[0-9]+ / {
-  alias = $1
-  wwid = $2
-  gsub(/[()]/, "", wwid)
-  identifier = toupper(substr(wwid, 2))
-  product = $0
-  sub(/.* dm-[0-9]+ /, "", product)
-  vendor = product
-  sub(/,.*/, "", vendor)
-  sub(/^[^,]*,/, "", product)
-  first_group = 1
-  next
+  identifier = toupper(substr($2, 3, length($2) - 3))
+  identity = $0
+  sub(/.* dm-[0-9]+ /, "", identity)
+  sub(/,/, "|", identity)
+  unit = "unit " identifier "|" $1 "|" identity
 }
-/policy=/ {
-  if (first_group) {
-    policy = $0
-    sub(/.*policy='/, "", policy)
-    sub(/ .*/, "", policy)
-    print "unit " identifier "|" alias "|" vendor "|" product "|" shown[policy]
-  }
-  first_group = 0
-  next
+# The selector in quotes, of the first group alone.
+/policy=/ && unit != "" {
+  split($0, word, /[' ]+/)
+  for (i in word) if (word[i] in shown) print unit "|" shown[word[i]]
+  unit = ""
 }
 match($0, /[0-9]+:[0-9]+:[0-9]+:[0-9]+ /) {
   split(substr($0, RSTART), word, / +/)

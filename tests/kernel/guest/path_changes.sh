@@ -5,8 +5,8 @@
 change_each_path() {
   local disk other
   start_load /dev/mapper/mpatha
-  for disk in $(paths_of mpatha | cut -d' ' -f1); do
-    other=$(paths_of mpatha | awk -v disk="$disk" '$1 != disk { print $1 }')
+  for disk in $(disks_of mpatha); do
+    other=$(disks_of mpatha | grep -vx "$disk")
     same "$disk disabled: message" "" "$(set_path mpatha "$disk" -d)"
     same "$disk disabled: the driver" F "$(path_state mpatha "$disk")"
     same "$disk disabled: shown" Disabled "$(tool_state mpatha "$disk")"
@@ -29,13 +29,13 @@ path_is() { [ "$(path_state "$1" "$2")" = "$3" ]; }
 # change_last_path: with every path disabled the tool still answers, shows what the driver does, and brings them back.
 change_last_path() {
   local disk
-  for disk in $(paths_of mpatha | cut -d' ' -f1); do
+  for disk in $(disks_of mpatha); do
     set_path mpatha "$disk" -d >/tmp/out
     has "every path disabled, $disk: message or none" '^(Unable to disable path: .+)?$' "$(cat /tmp/out)"
     same "every path disabled, $disk: disabled, or it said so" "$([ -s /tmp/out ] && echo A || echo F)" "$(path_state mpatha "$disk")"
   done
   check_agreement "every path disabled"
-  for disk in $(paths_of mpatha | cut -d' ' -f1); do
+  for disk in $(disks_of mpatha); do
     same "every path back, $disk: message" "" "$(set_path mpatha "$disk" -e)"
     until_true 5 path_is mpatha "$disk" A
     same "every path back, $disk: the driver" A "$(path_state mpatha "$disk")"

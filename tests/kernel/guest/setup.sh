@@ -47,6 +47,26 @@ loop_units() {
   udevadm settle --timeout=60
 }
 
+# make_file_systems: on four units with stores of their own, mapped by the daemon: mpatha holds a file system, mpathb a
+# partition with one, mpathc a logical volume with one, mpathd nothing.
+# The shell takes busybox's own applets first, so /sbin/mke2fs is called by its path.
+make_file_systems() {
+  loop_units 4 2 64
+  start_daemon 4
+  /sbin/mke2fs -q -t ext4 -L WHOLE /dev/mapper/mpatha
+  echo ',32M,L' | sfdisk -q /dev/mapper/mpathb
+  # udev's rule and this line both make the partition's map; whichever is first, the device node follows.
+  kpartx -a -s /dev/mapper/mpathb
+  until_true 10 test -b /dev/mapper/mpathb-part1
+  udevadm settle
+  /sbin/mke2fs -q -t ext4 -L 'part one' /dev/mapper/mpathb-part1
+  pvcreate -q /dev/mapper/mpathc
+  vgcreate -q group /dev/mapper/mpathc
+  lvcreate -q -Zn -Wn -L 40M -n volume group
+  /sbin/mke2fs -q -t ext4 -L LOGICAL /dev/group/volume
+  udevadm trigger --settle --subsystem-match=block
+}
+
 # disks: one line for each SCSI disk: WWID as multipath writes it, kernel name, device number, host:channel:target:lun.
 disks() {
   local disk
@@ -95,11 +115,10 @@ start_daemon() {
 
 stop_daemon() {
   multipathd shutdown
-  until_true 10 daemon_is_gone
+  until_true 10 is_gone multipathd
 }
 
-daemon_is_gone() { ! pidof multipathd; }
-udev_is_gone() { ! pidof systemd-udevd; }
+is_gone() { ! pidof "$1"; }
 
 maps() { dmsetup ls --target multipath | awk '!/^No devices/ { print $1 }'; }
 
@@ -115,5 +134,14 @@ paths_of() {
     done
 }
 
+# disks_of MAP: the kernel names of its paths.
+disks_of() { paths_of "$1" | cut -d' ' -f1; }
+first_disk() { disks_of "$1" | head -n 1; }
+
 # path_state MAP DISK: the driver's A or F.
 path_state() { paths_of "$1" | awk -v disk="$2" '$1 == disk { print $4 }'; }
+failed_paths() { paths_of "$1" | grep -c ' F$'; }
+
+# fail_path MAP DISK: in the driver, past the tool and the daemon.
+fail_path() { dmsetup message "$1" 0 "fail_path $(cat "/sys/block/$2/dev")"; }
+take_offline() { echo offline >"/sys/block/$1/device/state"; }

@@ -24,16 +24,10 @@ wwid_of() { dmsetup info -c --noheadings -o uuid "$1" | sed 's/^mpath-//'; }
 
 list_facts() { tool list | awk -f /tests/report.awk; }
 
-# info_facts: of every map's unit, asked for by its whole identifier.
-info_facts() {
-  local map
-  for map in $(maps); do
-    tool info -i "$(identifier "$map")" | awk -f /tests/report.awk
-  done
-}
-
-# path_facts MAP
-path_facts() { tool info -i "$(identifier "$1")" | awk -f /tests/report.awk | grep '^path '; }
+# info_of MAP: asked for by its unit's whole identifier.
+info_of() { tool info -i "$(identifier "$1")" | awk -f /tests/report.awk; }
+info_facts() { maps | while read -r map; do info_of "$map"; done; }
+path_facts() { info_of "$1" | grep '^path '; }
 
 # tool_state MAP DISK: what the tool shows in a path's first column.
 tool_state() {
@@ -45,7 +39,7 @@ path_id() { address_of "$2" | awk -F : '{ printf "%03dF%02dF%04dF%04d", $1, $2, 
 
 address_of() { basename "$(readlink "/sys/block/$1/device")"; }
 
-algorithm_of() { tool info -i "$(identifier "$1")" | awk -f /tests/report.awk | awk -F '|' '/^unit / { print $5 }'; }
+algorithm_of() { info_of "$1" | awk -F '|' '/^unit / { print $5 }'; }
 
 # set_path MAP DISK -e|-d
 set_path() { tool modify path -l "$(identifier "$1")" -i "$(path_id "$1" "$2")" "$3"; }
@@ -81,7 +75,7 @@ kernel_facts() {
   local map unit disk number address state first host
   for map in $(maps); do
     unit=$(identifier "$map" | cut -c1-35)
-    first=$(paths_of "$map" | head -n 1 | cut -d' ' -f1)
+    first=$(first_disk "$map")
     echo "unit $unit|$(echo "$map" | cut -c1-16)|$(trimmed vendor "$first")|$(trimmed model "$first")|$(
       shown_selector "$(selectors_of "$map" | sed 's/\*.*//')")"
     paths_of "$map" | while read -r disk number address state; do

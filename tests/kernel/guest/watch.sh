@@ -35,15 +35,16 @@ told() {
 # unit_lines SIGN MAP: the lines of a unit with all its paths.
 unit_lines() {
   echo "$1unit $(identifier "$2")"
-  paths_of "$2" | while read -r disk number address state; do
-    echo "$1path $(path_id "$2" "$disk")"
-  done
+  for disk in $(disks_of "$2"); do echo "$1path $(path_id "$2" "$disk")"; done
 }
 
-# remove_disk DISK: sets removed to the host to be scanned for it.
-remove_disk() {
-  removed=$(address_of "$1" | cut -d: -f1)
-  echo 1 >"/sys/block/$1/device/delete"
+# remove_path MAP: its first disk; sets path to its line and removed to the host to be scanned for it.
+remove_path() {
+  local disk
+  disk=$(first_disk "$1")
+  path="path $(path_id "$1" "$disk")"
+  removed=$(address_of "$disk" | cut -d: -f1)
+  echo 1 >"/sys/block/$disk/device/delete"
 }
 
 # add_disk COUNT: scans the host of the disk last removed until there are so many disks.
@@ -52,23 +53,19 @@ add_disk() {
   until_true 20 disk_count_is "$1"
 }
 
-first_disk() { paths_of "$1" | head -n 1 | cut -d' ' -f1; }
-
 # changes_by_hand NAME: on two units of two paths, mpatha and mpathb, whose maps were made by hand.
 changes_by_hand() {
-  local disk line lines wwid table
+  local lines wwid table
   start_watch
   told "$1: what is present" "$(unit_lines + mpatha; unit_lines + mpathb)"
 
-  disk=$(first_disk mpatha)
-  line="path $(path_id mpatha "$disk")"
-  remove_disk "$disk"
-  told "$1: a path is removed" "-$line"
+  remove_path mpatha
+  told "$1: a path is removed" "-$path"
   add_disk 4
   told "$1: a disk that is in no map comes" ""
   table_of "$(wwid_of mpatha)" | dmsetup reload mpatha
   dmsetup resume mpatha
-  told "$1: the path is added again" "+$line"
+  told "$1: the path is added again" "+$path"
   echo change >/sys/block/dm-0/uevent
   dmsetup suspend mpatha
   dmsetup resume mpatha
@@ -83,8 +80,7 @@ changes_by_hand() {
   told "$1: a map without a table" ""
   echo "$table" | dmsetup load mpathb
   dmsetup resume mpathb
-  lines=$(unit_lines + mpathb)
-  told "$1: the unit is added again" "$lines"
+  told "$1: the unit is added again" "$(unit_lines + mpathb)"
 
   dmsetup rename mpathb other
   told "$1: a map is renamed" ""

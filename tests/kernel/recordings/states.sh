@@ -13,8 +13,8 @@ for wwid in $(wwids); do
   letter=$(echo "$letter" | tr 'a-y' 'b-z')
 done
 udevadm settle
-echo offline >"/sys/block/$(paths_of mpathc | head -n 1 | cut -d' ' -f1)/device/state"
-dmsetup message mpathb 0 "fail_path $(paths_of mpathb | tail -n 1 | cut -d' ' -f2)"
+take_offline "$(first_disk mpathc)"
+fail_path mpathb "$(disks_of mpathb | tail -n 1)"
 udevadm trigger --settle --subsystem-match=block
 same "maps" 4 "$(maps | wc -l)"
 same "failed paths" 2 "$(for map in $(maps); do paths_of "$map"; done | grep -c ' F$')"

@@ -18,9 +18,8 @@ cat /sys/block/sd*/stat >/tmp/io.after
 same "list and info read nothing from a disk" "$(cat /tmp/io.before)" "$(cat /tmp/io.after)"
 check_agreement "by hand"
 check_multipath "by hand"
-failed=$(paths_of mpathb | head -n 1)
-failed=${failed%% *}
-dmsetup message mpathb 0 "fail_path $(cat "/sys/block/$failed/dev")"
-echo offline >"/sys/block/$(paths_of mpathc | head -n 1 | cut -d' ' -f1)/device/state"
+failed=$(first_disk mpathb)
+fail_path mpathb "$failed"
+take_offline "$(first_disk mpathc)"
 check_agreement "a failed and an offline path"
 same "shown for the failed path" Disabled "$(tool_state mpathb "$failed")"

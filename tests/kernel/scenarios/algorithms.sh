@@ -15,7 +15,7 @@ walk() {
   local step selector
   table_of "$wwid" round-robin "$2" "$3" | dmsetup create mpatha -u "mpath-$wwid"
   udevadm settle
-  [ -z "$4" ] || dmsetup message mpatha 0 "fail_path $(cat "/sys/block/$4/dev")"
+  [ -z "$4" ] || fail_path mpatha "$4"
   start_load /dev/mapper/mpatha
   for step in $steps; do
     selector=${step#*:}
@@ -23,7 +23,7 @@ walk() {
     same "$1, ${step%:*}: table" "$(table_of "$wwid" "$selector" "$2" "$3")" "$(dmsetup table mpatha | sed 's/ *$//')"
     same "$1, ${step%:*}: read back" "$(shown_selector "$selector")" "$(algorithm_of mpatha)"
     [ -z "$4" ] || same "$1, ${step%:*}: the failed path" F "$(path_state mpatha "$4")"
-    same "$1, ${step%:*}: failed paths" "$([ -z "$4" ] && echo 0 || echo 1)" "$(paths_of mpatha | grep -c ' F$')"
+    same "$1, ${step%:*}: failed paths" "$([ -z "$4" ] && echo 0 || echo 1)" "$(failed_paths mpatha)"
     load_goes_on "$1, ${step%:*}: the load goes on"
   done
   stop_load "$1"

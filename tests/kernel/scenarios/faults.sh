@@ -53,7 +53,7 @@ same "a disk that comes and goes: no map lost" 2 "$(maps | wc -l)"
 
 # Every disk of a unit gone, its map still there.
 udevadm settle
-gone=$(path_id mpathb "$(paths_of mpathb | head -n 1 | cut -d' ' -f1)")
+gone=$(path_id mpathb "$(first_disk mpathb)")
 for disk in /sys/block/sd*; do
   case $(cat "$disk/device/wwid") in *"$(wwid_of mpathb | cut -c2-)") echo 1 >"$disk/device/delete" ;; esac
 done

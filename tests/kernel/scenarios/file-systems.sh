@@ -1,24 +1,11 @@
 # shellcheck shell=busybox
 # File systems with labels on a whole unit, on a partition and on a logical volume are the units' volumes.
 start_udev
-loop_units 4 2 64
-start_daemon 4
-# The shell takes busybox's own applets first, so /sbin/mke2fs is called by its path.
-/sbin/mke2fs -q -t ext4 -L WHOLE /dev/mapper/mpatha
-echo ',32M,L' | sfdisk -q /dev/mapper/mpathb
-kpartx -a -s /dev/mapper/mpathb
-until_true 10 test -b /dev/mapper/mpathb-part1
-udevadm settle
-/sbin/mke2fs -q -t ext4 -L 'part one' /dev/mapper/mpathb-part1
-pvcreate -q /dev/mapper/mpathc
-vgcreate -q group /dev/mapper/mpathc
-lvcreate -q -Zn -Wn -L 40M -n volume group
-/sbin/mke2fs -q -t ext4 -L LOGICAL /dev/group/volume
-udevadm trigger --settle --subsystem-match=block
+make_file_systems
 
 # A device may be told by the kernel's name or by the mapper's.
 volume_facts() {
-  tool info -i "$(identifier "$1")" | awk -f /tests/report.awk | sed -n 's/^volume //p' | while IFS='|' read -r unit device name size; do
+  info_of "$1" | sed -n 's/^volume //p' | while IFS='|' read -r unit device name size; do
     case $device in dm-*) device=$(cat "/sys/block/$device/dm/name") ;; esac
     echo "$unit|$device|$name|$size"
   done

@@ -7,7 +7,7 @@ debug_units 1 2
 for wwid in 3600a0b80001122334455667788990aab 20011223344556677 8iqn.2026-11.example:store.7 1STORE_Unit_number_9; do
   table_of "$(wwids)" round-robin | dmsetup create "a-rather-long-name-$wwid" -u "mpath-$wwid"
   udevadm settle
-  same "a unit named $wwid: failed paths" 0 "$(paths_of "$(maps)" | grep -c ' F$')"
+  same "a unit named $wwid: failed paths" 0 "$(failed_paths "$(maps)")"
   check_agreement "a unit named $wwid"
   dmsetup remove "a-rather-long-name-$wwid"
 done

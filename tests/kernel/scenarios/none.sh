@@ -2,14 +2,16 @@
 # Machines without multipath, and users without rights: nothing said that is not asked for, nothing hung.
 run_as_nobody() { su -s /bin/sh nobody -c "PATH=$PATH; $1"; }
 
-tavrenix list >/tmp/out 2>/tmp/err
-same "no driver, list: status" 0 $?
-same "no driver, list: output" "" "$(cat /tmp/out /tmp/err)"
+list_is_empty() {
+  tavrenix list >/tmp/out 2>&1
+  same "$1, list: status" 0 $?
+  same "$1, list: output" "" "$(cat /tmp/out)"
+}
+
+list_is_empty "no driver"
 start_udev
 debug_units 1 2
-tavrenix list >/tmp/out 2>/tmp/err
-same "disks but no maps, list: status" 0 $?
-same "disks but no maps, list: output" "" "$(cat /tmp/out /tmp/err)"
+list_is_empty "disks but no maps"
 echo "0 16384 zero" | dmsetup create other
 same "another kind of map, list: output" "" "$(tool list 2>&1)"
 same "info on what is not there" "Cannot locate lun with id 600A0B80" "$(tool info -i 600A0B80 2>&1)"

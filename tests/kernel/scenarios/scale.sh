@@ -104,7 +104,7 @@ same "64 units listed" 64 "$(awk -f /tests/report.awk /tmp/out | grep -c '^unit 
 
 stop_daemon
 udevadm control --exit
-until_true 30 udev_is_gone
+until_true 30 is_gone systemd-udevd
 rm -rf /run/udev
 dmsetup remove_all
 make_maps 1000

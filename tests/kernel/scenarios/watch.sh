@@ -7,19 +7,20 @@ debug_units 2 2
 maps_by_hand
 changes_by_hand "kernel's events"
 
+# Events of the kernel that some socket had no room for.
+lost_events() { awk '$2 == 15 { drops += $9 } END { print drops + 0 }' /proc/net/netlink; }
+
 # More events than the socket holds while the watch is stopped, the one that matters among those lost.
 kill -STOP "$watcher"
-disk=$(first_disk mpatha)
-line="path $(path_id mpatha "$disk")"
 rounds=0
-until [ "$(awk '$2 == 15 { drops += $9 } END { print drops + 0 }' /proc/net/netlink)" -gt 0 ] || [ $rounds -eq 40 ]; do
+until [ "$(lost_events)" -gt 0 ] || [ $rounds -eq 40 ]; do
   for i in $(seq 1 500); do echo change >"/sys/block/dm-0/uevent"; done
   rounds=$((rounds + 1))
 done
-remove_disk "$disk"
-has "more events than the socket holds: some were lost" '^[1-9]' "$(awk '$2 == 15 { drops += $9 } END { print drops + 0 }' /proc/net/netlink)"
+remove_path mpatha
+has "more events than the socket holds: some were lost" '^[1-9]' "$(lost_events)"
 kill -CONT "$watcher"
-told "more events than the socket holds" "-$line"
+told "more events than the socket holds" "-$path"
 stop_watch "kernel's events"
 dmsetup remove mpatha
 add_disk 4
@@ -31,22 +32,18 @@ maps_by_hand
 changes_by_hand "udev's events"
 stop_watch "udev's events"
 
-dmsetup remove mpatha
-dmsetup remove mpathb
+dmsetup remove_all
 start_daemon 2
 start_watch
 told "daemon: what is present" "$(unit_lines + mpatha; unit_lines + mpathb)"
-disk=$(first_disk mpatha)
-line="path $(path_id mpatha "$disk")"
-remove_disk "$disk"
-told "daemon: a path is removed" "-$line"
+remove_path mpatha
+told "daemon: a path is removed" "-$path"
 add_disk 4
-told "daemon: the path is added again" "+$line"
+told "daemon: the path is added again" "+$path"
 lines=$(unit_lines - mpathb)
 multipathd remove map mpathb >/dev/null
 told "daemon: a unit is removed" "$lines"
 multipathd reconfigure >/dev/null
 until_true 60 map_count_is 2
-lines=$(unit_lines + mpathb)
-told "daemon: the unit is added again" "$lines"
+told "daemon: the unit is added again" "$(unit_lines + mpathb)"
 stop_watch "daemon"
