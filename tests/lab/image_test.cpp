@@ -56,12 +56,9 @@ TEST(BadImage, TopLevel) {
   expectRefusals({
       {"[]", "top level: must be an object, not an array"},
       {"{}", "top level: the key \"generation\" is missing"},
-      {R"({"generation": 1})", "top level: the key \"entries\" is missing"},
       {R"({"generation": 1, "entries": {}})", "entries: must be an array, not an object"},
       {R"({"generation": -1, "entries": []})",
        "generation: must be an integer from 0 to 4294967295, not -1"},
-      {R"({"generation": 4294967296, "entries": []})",
-       "generation: must be an integer from 0 to 4294967295, not 4294967296"},
       {R"({"generation": 1.5, "entries": []})",
        "generation: must be an integer from 0 to 4294967295, not 1.5"},
       {R"({"generation": 1, "entries": [], "effectiveUser": "0"})",
@@ -104,9 +101,6 @@ TEST(BadImage, Entries) {
   expectRefusals({
       {withEntries("7"), "entries[0]: must be an object, not a number"},
       {withEntries(R"({"id": 1})"), "entries[0]: the key \"class\" is missing"},
-      {withEntries(R"({"class": "C"})"), "entries[0]: the key \"id\" is missing"},
-      {withEntries(R"({"id": "1", "class": "C"})"),
-       "entries[0].id: must be an integer from 0 to 18446744073709551615, not a string"},
       {withEntries(R"({"id": 18446744073709551616, "class": "C"})"),
        "entries[0].id: the number 18446744073709551616 is out of range"},
       {withEntries(R"({"id": 1, "class": null})"), "entries[0].class: must be a string, not null"},
@@ -131,8 +125,6 @@ TEST(BadImage, Entries) {
       {withEntries(plain +
                    R"("statistics": {"sent": 1, "received": 2, "commands": 3, "state": 0}})"),
        "entries[0].statistics.state: unknown key"},
-      {withEntries(plain + R"("statistics": {"sent": -1, "received": 2, "commands": 3}})"),
-       "entries[0].statistics.sent: must be an integer from 0 to 18446744073709551615, not -1"},
       {withEntries(plain + R"("disk": {"name": "x"}})"), "entries[0].disk.name: unknown key"},
       {withEntries(plain + R"("disk": {"mediaSize": "1"}})"),
        "entries[0].disk.mediaSize: must be a number, not a string"},
@@ -143,21 +135,16 @@ TEST(BadImage, PropertyValues) {
   const std::string dollarKey =
       "a key that begins with \"$\" stands only inside {\"$dictionary\": {...}}";
   expectRefusals({
-      {withProperty("null"), "entries[0].properties.P: null is no property-list value"},
       {withProperty("[1, null]"), "entries[0].properties.P[1]: null is no property-list value"},
       {withProperty("-9223372036854775809"),
        "entries[0].properties.P: the number -9223372036854775809 is out of range"},
       {withProperty(R"({"$data": "0"})"),
        "entries[0].properties.P.$data: must be pairs of hexadecimal digits"},
-      {withProperty(R"({"$data": 0})"),
-       "entries[0].properties.P.$data: must be a string, not a number"},
       {withProperty(R"({"$date": "today"})"),
        "entries[0].properties.P.$date: must be a date such as 2026-01-02T03:04:05Z, from 1678 to "
        "2261"},
       {withProperty(R"({"$data": "00", "x": 1})"), "entries[0].properties.P.$data: " + dollarKey},
       {withProperty(R"({"$other": 1})"), "entries[0].properties.P.$other: " + dollarKey},
-      {withProperty(R"({"$dictionary": 1})"),
-       "entries[0].properties.P.$dictionary: must be an object, not a number"},
       {withProperty(R"({"a": 1, "b": 2, "a": 3})"),
        "entries[0].properties.P.a: the key stands twice"},
   });
@@ -178,23 +165,18 @@ TEST(Image, ReadsEveryKindOfValue) {
       Image::parse(withEntries(R"({"id": 18446744073709551615, "class": "C", "properties": {
     "s": "\u00e9", "i": -9223372036854775808, "u": 18446744073709551615, "d": 1.0, "b": false,
     "a": [1], "x": {"$data": "00fF"}, "t": {"$date": "1970-01-01T00:00:01Z"}, "n": {"$dictionary": {"$data": 1}}}})"));
-  const ImageEntry* entry = image.find(0xFFFFFFFFFFFFFFFF);
-  ASSERT_NE(entry, nullptr);
-  const auto expectValue = [&](std::string_view key, const ob::Object& wanted) {
-    const ob::Object* value = entry->properties->value(*string(key));
-    ASSERT_NE(value, nullptr) << key;
-    EXPECT_TRUE(value->equals(wanted)) << key;
-  };
+  ASSERT_NE(image.find(0xFFFFFFFFFFFFFFFF), nullptr);
   const std::uint8_t bytes[] = {0x00, 0xFF};
-  expectValue("s", *string("\xC3\xA9"));
-  expectValue("i", *ob::Number::make(std::numeric_limits<std::int64_t>::min()));
-  expectValue("u", *ob::Number::make(std::numeric_limits<std::uint64_t>::max()));
-  expectValue("d", *ob::Number::make(1.0));
-  expectValue("b", *ob::Boolean::of(false));
-  expectValue("a", *ob::Array::make({number(1)}));
-  expectValue("x", *ob::Data::make(bytes));
-  expectValue("t", *ob::Date::make(1'000'000'000));
-  expectValue("n", *dictionary({{"$data", number(1)}}));
+  const auto wanted = dictionary({{"s", string("\xC3\xA9")},
+                                  {"i", ob::Number::make(INT64_MIN)},
+                                  {"u", ob::Number::make(UINT64_MAX)},
+                                  {"d", ob::Number::make(1.0)},
+                                  {"b", ob::Ref<const ob::Object>::retain(ob::Boolean::of(false))},
+                                  {"a", ob::Array::make({number(1)})},
+                                  {"x", ob::Data::make(bytes)},
+                                  {"t", ob::Date::make(1'000'000'000)},
+                                  {"n", dictionary({{"$data", number(1)}})}});
+  EXPECT_TRUE(image.find(0xFFFFFFFFFFFFFFFF)->properties->equals(*wanted));
 }
 
 TEST(Image, OrdersParentsFirstAndOtherwiseAsTheFile) {
