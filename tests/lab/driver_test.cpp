@@ -40,7 +40,7 @@ TEST(Driver, PublishesAlgorithmAndBatchCountAndMovesTheGenerationPastZero) {
   for (const auto& [algorithm, generation] : steps) {
     EXPECT_EQ(ask(target, *algorithmRequest(algorithm, 4294967295)), kSuccess);
     const auto published = dictionary(
-        {{"Batch Count", number(4294967295)}, {"Load Balancing Algorithm", string(algorithm)}});
+        {{"Batch Count", number(4294967295)}, {"Load Balancing Algorithm", text(algorithm)}});
     for (const Image& seen : {target, Image::parse(target.text())}) {
       EXPECT_TRUE(seen.find(kUnit)->properties->equals(*published)) << seen.text();
       EXPECT_EQ(seen.generation(), generation);
@@ -65,21 +65,21 @@ TEST(Driver, ChangesBitSevenOfThePathsOfThatIdentifierAlone) {
 
 TEST(Driver, RefusesWholeWhatItCannotMakeSenseOf) {
   const ob::Ref<const ob::Object> kBad[] = {
-      string("Least Bytes"),
+      text("Least Bytes"),
       dictionary({}),
       algorithmRequest("Fastest", 1),
       algorithmRequest("Least Bytes", -1),
       algorithmRequest("Least Bytes", 4294967296),
-      dictionary({{"Algorithm", string("Least Bytes")}}),
+      dictionary({{"Algorithm", text("Least Bytes")}}),
       dictionary({{"Batch Count", number(1)}}),
       dictionary({{"Algorithm", number(4)}, {"Batch Count", number(1)}}),
-      dictionary({{"Algorithm", string("Least Bytes")}, {"Batch Count", string("1")}}),
-      dictionary({{"Algorithm", string("Least Bytes")}, {"Batch Count", ob::Number::make(1.5)}}),
+      dictionary({{"Algorithm", text("Least Bytes")}, {"Batch Count", text("1")}}),
+      dictionary({{"Algorithm", text("Least Bytes")}, {"Batch Count", ob::Number::make(1.5)}}),
       dictionary(
-          {{"Algorithm", string("Least Bytes")}, {"Batch Count", number(1)}, {"Extra", number(1)}}),
+          {{"Algorithm", text("Least Bytes")}, {"Batch Count", number(1)}, {"Extra", number(1)}}),
       dictionary({{"PathState", number(3)}}),
       dictionary({{"PathState", dictionary({})}}),
-      dictionary({{"PathState", dictionary({{"01AB", string("3")}})}}),
+      dictionary({{"PathState", dictionary({{"01AB", text("3")}})}}),
       dictionary({{"PathState", dictionary({{"01AB", number(3)}, {"02", number(1)}})}}),
       dictionary({{"PathState", dictionary({{"01AB", number(3)}, {"0404", number(3)}})}}),
       dictionary({{"PathState", dictionary({{"01AB", number(3)}, {"03", number(3)}})}}),

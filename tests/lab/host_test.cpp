@@ -40,8 +40,7 @@ class HostTest : public testing::Test {
       of["above"] = relatives(registry, entry.get(), kIterateRecursively | kIterateParents);
       of["below"] = relatives(registry, entry.get(), kIterateRecursively);
       of["isKept"] = registry.conformsTo(entry.get(), "Kept");
-      const auto* value = registry.properties(id)->valueAs<ob::Number>(*string("P"));
-      of["P"] = value == nullptr ? -1 : value->asInt64().value();
+      of["P"] = test::numberUnder(registry.properties(id).get(), *ob::String::make("P"));
       of["properties"] = registry.properties(id)->pairs().size();
       const auto record = host.memory().tunable().pathStatistics(id);
       of["state"] = record ? record->state : -1;
@@ -75,9 +74,9 @@ TEST_F(HostTest, ShowsEntriesClassesStatisticsAndDisks) {
        std::string(kCounters) + "}}, " + kPath + R"(, "properties": {"P": 7}, "statistics": {)" +
        kCounters + R"(, "state": 129}}])");
   EXPECT_EQ(shownBy(host_), readJSON(R"({
-    "1": {"above": [2], "below": [3], "isKept": false, "P": -1, "properties": 0, "state": -1, "disk": "none"},
+    "1": {"above": [2], "below": [3], "isKept": false, "P": -999, "properties": 0, "state": -1, "disk": "none"},
     "2": {"above": [], "below": [1, 3], "isKept": false, "P": 7, "properties": 1, "state": 129, "disk": "none"},
-    "3": {"above": [1, 2], "below": [], "isKept": true, "P": -1, "properties": 0, "state": -1, "disk": "V"}})"));
+    "3": {"above": [1, 2], "below": [], "isKept": true, "P": -999, "properties": 0, "state": -1, "disk": "V"}})"));
   const SCSIMPIOStatisticsRequest request{.logicalUnitEntryID = 1};
   SCSILogicalUnitStatistics record;
   std::size_t length = sizeof record;

@@ -9,8 +9,7 @@
 #include <iterator>
 #include <string>
 
-#include "runtime/collections.hpp"
-#include "runtime/values.hpp"
+#include "tests/support/storage.hpp"
 
 namespace tavrenix::lab {
 
@@ -46,27 +45,16 @@ class Scratch {
   std::filesystem::path folder_;
 };
 
-inline ob::Ref<ob::String> string(std::string_view text) {
-  return ob::String::make(text);
-}
-inline ob::Ref<const ob::Object> number(std::int64_t value) {
-  return ob::Number::make(value);
-}
+using test::dictionary;
+using test::number;
+using test::text;
 
-using Member = std::pair<std::string_view, ob::Ref<const ob::Object>>;
-
-inline ob::Ref<ob::Dictionary> dictionary(std::initializer_list<Member> members) {
-  ob::DictionaryBuilder builder(members.size());
-  for (const auto& [key, value] : members) builder.add(*string(key), value);
-  return builder.build();
+inline ob::Ref<const ob::Dictionary> algorithmRequest(std::string_view algorithm,
+                                                      std::int64_t batchCount) {
+  return dictionary({{"Algorithm", text(algorithm)}, {"Batch Count", number(batchCount)}});
 }
 
-inline ob::Ref<ob::Dictionary> algorithmRequest(std::string_view algorithm,
-                                                std::int64_t batchCount) {
-  return dictionary({{"Algorithm", string(algorithm)}, {"Batch Count", number(batchCount)}});
-}
-
-inline ob::Ref<ob::Dictionary> pathRequest(std::string_view identifier, std::int64_t code) {
+inline ob::Ref<const ob::Dictionary> pathRequest(std::string_view identifier, std::int64_t code) {
   return dictionary({{"PathState", dictionary({{identifier, number(code)}})}});
 }
 
