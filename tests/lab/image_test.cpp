@@ -157,7 +157,7 @@ TEST(Image, TextIsForAPerson) {
 
 TEST(Image, TextFillsALineUpTo100Columns) {
   // Around the letters stand two blanks, "key": [""] and the comma; each takes two bytes.
-  for (const std::size_t letters : {86, 87}) {
+  for (const std::size_t letters : {86U, 87U}) {
     std::string text;
     while (text.size() < 2 * letters) text += "\xC3\xA9";
     const Json document = {{"key", Json::array({text})}, {"other", std::string(90, 'x')}};

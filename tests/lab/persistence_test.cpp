@@ -17,37 +17,26 @@
 namespace tavrenix::lab {
 namespace {
 
-constexpr int kPaths = 8;
+const std::vector<int> kPaths = {20, 21, 22, 23, 24, 25, 26, 27};
 
-// Unit 100 with the paths 00 to 07, whose entry IDs are 200 to 207.
 std::string imageText(const std::string& writeStatuses) {
-  std::string parents;
-  std::string paths;
-  for (int i = 0; i < kPaths; ++i) {
-    const std::string digit = std::to_string(i);
-    parents += (i == 0 ? "20" : ", 20") + digit;
-    paths += R"(, {"id": 20)" + digit + R"(, "class": "KsSCSIHierarchicalLogicalUnit",
-      "properties": {"Logical Unit Path Identifier": {"$data": "0)" +
-             digit + R"("}},
-      "statistics": {"sent": 0, "received": 0, "commands": 0, "state": 0}})";
-  }
-  return R"({"generation": 1, "writeStatuses": [)" + writeStatuses +
-         R"(], "entries": [{"id": 100, "class": "KsSCSIMultipathedLogicalUnit", "parents": [)" +
-         parents + "]}" + paths + "]}";
+  return R"({"generation": 1, "writeStatuses": [)" + writeStatuses + R"(], "entries": [)" +
+         unitWithPaths(10, kPaths) + "]}";
 }
 
+// Their last digits.
 std::string disabledPaths(const Image& image) {
   std::string disabled;
-  for (int i = 0; i < kPaths; ++i) {
-    const std::uint8_t state = image.find(static_cast<EntryID>(200 + i))->statistics->state;
-    if ((state & kPathStateDisabledBit) != 0) disabled += std::to_string(i);
+  for (const int path : kPaths) {
+    const std::uint8_t state = image.find(static_cast<EntryID>(path))->statistics->state;
+    if ((state & kPathStateDisabledBit) != 0) disabled += std::to_string(path - 20);
   }
   return disabled;
 }
 
 KernelStatus writeTo(SimulatedHost& host, const ob::Object& request) {
   auto& registry = host.memory().registry();
-  const ScopedHandle unit(registry, registry.findServiceByEntryID(100));
+  const ScopedHandle unit(registry, registry.findServiceByEntryID(10));
   return registry.setProperty(unit.get(), registry::kProperties, request);
 }
 
@@ -94,24 +83,24 @@ TEST_F(PersistenceTest, ASuccessStandsInTheFileAndInTheLiveHostBesideWhatOthersD
   load();
   SimulatedHost other([](std::string_view) {});
   other.load(path_);
-  EXPECT_EQ(writeTo(other, *pathRequest("06", 3)), kSuccess);
-  EXPECT_EQ(writeTo(host_, *pathRequest("07", 3)), kSuccess);
+  EXPECT_EQ(writeTo(other, *pathRequest("26", 3)), kSuccess);
+  EXPECT_EQ(writeTo(host_, *pathRequest("27", 3)), kSuccess);
   EXPECT_EQ(disabledPaths(stored()), "67");
   EXPECT_EQ(stored().generation(), 3U);
   EXPECT_EQ(host_.memory().tunable().generation(), 3U);
-  for (const EntryID path : {EntryID{206}, EntryID{207}})
+  for (const EntryID path : {EntryID{26}, EntryID{27}})
     EXPECT_EQ(host_.memory().tunable().pathStatistics(path)->state, kPathStateDisabledBit);
 }
 
 TEST_F(PersistenceTest, WaitingStatusesAreAnsweredOneByOneAndRefusalsChangeNothing) {
   load("-5, 0, 7, 0");
-  EXPECT_EQ(writeTo(host_, *pathRequest("01", 3)), -5);
+  EXPECT_EQ(writeTo(host_, *pathRequest("21", 3)), -5);
   EXPECT_EQ(disabledPaths(stored()), "");
   EXPECT_EQ(stored().generation(), 1U);
-  EXPECT_EQ(writeTo(host_, *pathRequest("02", 3)), kSuccess);
-  EXPECT_EQ(writeTo(host_, *pathRequest("03", 3)), 7);
+  EXPECT_EQ(writeTo(host_, *pathRequest("22", 3)), kSuccess);
+  EXPECT_EQ(writeTo(host_, *pathRequest("23", 3)), 7);
   EXPECT_EQ(writeTo(host_, *pathRequest("bad", 3)), -536870206);
-  EXPECT_EQ(writeTo(host_, *pathRequest("05", 3)), kSuccess);
+  EXPECT_EQ(writeTo(host_, *pathRequest("25", 3)), kSuccess);
   EXPECT_EQ(disabledPaths(stored()), "25");
   EXPECT_EQ(stored().generation(), 3U);
   const std::string before = contentsOf(path_);
@@ -124,20 +113,20 @@ TEST_F(PersistenceTest, ConcurrentProcessesLoseNoChange) {
   constexpr int kRounds = 15;  // odd, so that every path ends disabled
   load();
   std::vector<pid_t> children;
-  for (int i = 0; i < kPaths; ++i) {
+  for (const int path : kPaths) {
     children.push_back(inAnotherProcess([&] {
       SimulatedHost own([](std::string_view) {});
       own.load(path_);
-      const std::string path = "0" + std::to_string(i);
+      const std::string digits = std::to_string(path);
       bool good = true;
       for (int round = 0; round < kRounds; ++round)
-        good = writeTo(own, *pathRequest(path, round % 2 == 0 ? 3 : 0)) == kSuccess && good;
+        good = writeTo(own, *pathRequest(digits, round % 2 == 0 ? 3 : 0)) == kSuccess && good;
       return good;
     }));
   }
   for (const pid_t child : children) EXPECT_TRUE(held(child));
   EXPECT_EQ(disabledPaths(stored()), "01234567");
-  EXPECT_EQ(stored().generation(), 1U + kPaths * kRounds);
+  EXPECT_EQ(stored().generation(), 1U + kPaths.size() * kRounds);
   EXPECT_EQ(scratch_.files(), 1U);
 }
 
@@ -148,7 +137,7 @@ TEST_F(PersistenceTest, ASymbolicLinkAndTheModeStay) {
   ASSERT_EQ(::chmod(path_.c_str(), 0640), 0);
   SimulatedHost other([](std::string_view) {});
   other.load(link);
-  EXPECT_EQ(writeTo(other, *pathRequest("01", 3)), kSuccess);
+  EXPECT_EQ(writeTo(other, *pathRequest("21", 3)), kSuccess);
   EXPECT_TRUE(std::filesystem::is_symlink(link));
   EXPECT_EQ(disabledPaths(stored()), "1");
   struct stat status {};
@@ -160,7 +149,7 @@ TEST_F(PersistenceTest, LeftoversOfAKilledProcessDoNoHarm) {
   load();
   const std::string precious = scratch_.write("precious", "text");
   std::filesystem::create_symlink("precious", scratch_.path(".image.json.tavrenix-lab"));
-  EXPECT_EQ(writeTo(host_, *pathRequest("01", 3)), kSuccess);
+  EXPECT_EQ(writeTo(host_, *pathRequest("21", 3)), kSuccess);
   EXPECT_EQ(disabledPaths(stored()), "1");
   EXPECT_EQ(contentsOf(precious), "text");
   EXPECT_EQ(scratch_.files(), 2U);
@@ -186,7 +175,7 @@ TEST_F(PersistenceTest, WhatCannotBeWrittenStaysWhole) {
     EXPECT_TRUE(held(inAnotherProcess([&] {
       host_.load(path_);
       each.giveUp();
-      return writeTo(host_, *pathRequest("01", 3)) == each.status &&
+      return writeTo(host_, *pathRequest("21", 3)) == each.status &&
              host_.memory().tunable().generation() == (done ? 2 : 1) &&
              reported_ == (done ? "" : path_ + each.reported);
     }))) << each.reported;
@@ -200,12 +189,12 @@ TEST_F(PersistenceTest, WhatCannotBeWrittenStaysWhole) {
 TEST_F(PersistenceTest, AFileThatWentBadOrAwayIsReportedAndLeft) {
   load();
   scratch_.write("image.json", "{\"generation\": }");
-  EXPECT_EQ(writeTo(host_, *pathRequest("01", 3)), -EINVAL);
+  EXPECT_EQ(writeTo(host_, *pathRequest("21", 3)), -EINVAL);
   EXPECT_TRUE(reported_.starts_with(path_ + ": line 1, column 16: ")) << reported_;
   EXPECT_EQ(contentsOf(path_), "{\"generation\": }");
   std::filesystem::remove(path_);
   reported_.clear();
-  EXPECT_EQ(writeTo(host_, *pathRequest("01", 3)), -ENOENT);
+  EXPECT_EQ(writeTo(host_, *pathRequest("21", 3)), -ENOENT);
   EXPECT_EQ(reported_, path_ + ": cannot be opened: No such file or directory\n");
   EXPECT_EQ(host_.memory().tunable().generation(), 1U);
 }

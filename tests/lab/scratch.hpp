@@ -45,6 +45,26 @@ class Scratch {
   std::filesystem::path folder_;
 };
 
+// Entries of an image: a unit and its paths. The identifiers of all are their IDs.
+inline std::string unitWithPaths(int id, const std::vector<int>& paths) {
+  std::string entries;
+  std::string parents;
+  for (const int path : paths) {
+    const std::string digits = std::to_string(path);
+    parents += (parents.empty() ? "" : ", ") + digits;
+    entries += R"(, {"id": )" + digits + R"(, "class": "KsSCSIHierarchicalLogicalUnit",
+      "properties": {"Logical Unit Path Identifier": {"$data": ")" +
+               digits + R"("}},
+      "statistics": {"sent": 0, "received": 0, "commands": 0, "state": 0}})";
+  }
+  const std::string digits = std::to_string(id);
+  return R"({"id": )" + digits + R"(, "class": "KsSCSIMultipathedLogicalUnit",
+      "parents": [)" +
+         parents + R"(], "properties": {"Peripheral Device Type": 0,
+      "Logical Unit Unique Identifier": {"$data": ")" +
+         digits + R"("}}})" + entries;
+}
+
 using test::dictionary;
 using test::number;
 using test::text;

@@ -44,25 +44,6 @@ class Watch : public testing::Test {
   void saveEntries(const std::string& entries, int generation = 1) const {
     save(R"({"generation": )" + std::to_string(generation) + R"(, "entries": [)" + entries + "]}");
   }
-  // A unit and, behind it, its paths. The identifiers of all are their IDs.
-  static std::string unit(int id, const std::vector<int>& paths) {
-    std::string entries;
-    std::string parents;
-    for (const int path : paths) {
-      const std::string digits = std::to_string(path);
-      parents += (parents.empty() ? "" : ", ") + digits;
-      entries += R"(, {"id": )" + digits + R"(, "class": "KsSCSIHierarchicalLogicalUnit",
-        "properties": {"Logical Unit Path Identifier": {"$data": ")" +
-                 digits + R"("}},
-        "statistics": {"sent": 0, "received": 0, "commands": 0, "state": 0}})";
-    }
-    const std::string digits = std::to_string(id);
-    return R"({"id": )" + digits + R"(, "class": "KsSCSIMultipathedLogicalUnit", "parents": [)" +
-           parents + R"(], "properties": {"Peripheral Device Type": 0,
-           "Logical Unit Unique Identifier": {"$data": ")" +
-           digits + R"("}}})" + entries;
-  }
-
   Scratch scratch_;
   std::string image_ = scratch_.path("image.json");
   FILE* program_ = nullptr;
@@ -76,31 +57,31 @@ const std::string kPathCame = "Logical Unit Path Appeared     ";
 const std::string kPathWent = "Logical Unit Path Disappeared  ";
 
 TEST_F(Watch, FollowsWhatAnEditorDoesEvenWhereTheGenerationIsForgotten) {
-  saveEntries(unit(90, {11, 12}));
+  saveEntries(unitWithPaths(90, {11, 12}));
   start();
   EXPECT_EQ(lines(3), (Expected{kUnitCame + "90\n", kPathCame + "11\n", kPathCame + "12\n"}));
-  saveEntries(unit(90, {11, 12, 13}));
+  saveEntries(unitWithPaths(90, {11, 12, 13}));
   EXPECT_EQ(lines(1), Expected{kPathCame + "13\n"}) << "the unit stays";
-  saveEntries(unit(80, {14}));
+  saveEntries(unitWithPaths(80, {14}));
   EXPECT_EQ(lines(4), (Expected{kUnitWent + "90\n", kPathWent + "11\n", kPathWent + "12\n",
                                 kPathWent + "13\n"}));
   EXPECT_EQ(lines(2), (Expected{kUnitCame + "80\n", kPathCame + "14\n"}));
 }
 
 TEST_F(Watch, FollowsAfterAModifyByAnotherProcess) {
-  saveEntries(unit(90, {11}) + ", " + unit(80, {12}));
+  saveEntries(unitWithPaths(90, {11}) + ", " + unitWithPaths(80, {12}));
   start();
   lines(4);
   const std::string modify = "modify lun --id 90 --algorithm LeastIO > /dev/null";
   ASSERT_EQ(run("'" TAVRENIX_LAB "' '" + image_ + "' " + modify).status, 0);
   EXPECT_NE(contentsOf(image_).find("\"generation\": 2"), std::string::npos);
   // The generation of the modify is still to be noticed when the unit goes.
-  saveEntries(unit(90, {11}), 3);
+  saveEntries(unitWithPaths(90, {11}), 3);
   EXPECT_EQ(lines(2), (Expected{kUnitWent + "80\n", kPathWent + "12\n"}));
 }
 
 TEST_F(Watch, ReportsABadFileOnceAndKeepsTheLastGoodState) {
-  saveEntries(unit(90, {11}));
+  saveEntries(unitWithPaths(90, {11}));
   start();
   lines(2);
   save("{");
@@ -113,7 +94,7 @@ TEST_F(Watch, ReportsABadFileOnceAndKeepsTheLastGoodState) {
   EXPECT_NE(second.find(image_), std::string::npos) << second;
   std::filesystem::remove(image_);
   EXPECT_NE(line().find("No such file"), std::string::npos);
-  saveEntries(unit(90, {11}) + ", " + unit(80, {}));
+  saveEntries(unitWithPaths(90, {11}) + ", " + unitWithPaths(80, {}));
   EXPECT_EQ(lines(1), Expected{kUnitCame + "80\n"});
 }
 
