@@ -45,7 +45,8 @@ class Scratch {
   std::filesystem::path folder_;
 };
 
-// Entries of an image: a unit and its paths. The identifiers of all are their IDs.
+// Entries of an image: a unit and its paths. The identifiers of all are their IDs, and so are the
+// numbers of bytes sent.
 inline std::string unitWithPaths(int id, const std::vector<int>& paths) {
   std::string entries;
   std::string parents;
@@ -54,15 +55,22 @@ inline std::string unitWithPaths(int id, const std::vector<int>& paths) {
     parents += (parents.empty() ? "" : ", ") + digits;
     entries += R"(, {"id": )" + digits + R"(, "class": "KsSCSIHierarchicalLogicalUnit",
       "properties": {"Logical Unit Path Identifier": {"$data": ")" +
-               digits + R"("}},
-      "statistics": {"sent": 0, "received": 0, "commands": 0, "state": 0}})";
+               digits + R"("},
+        "Protocol Characteristics": {"Physical Interconnect": "Fibre Channel Interface"},
+        "Controller Characteristics": {"Unique SCSI Port Identifier": {"$data": "5001"}}},
+      "statistics": {"sent": )" +
+               digits + R"(, "received": 1, "commands": 2, "state": 0}})";
   }
   const std::string digits = std::to_string(id);
   return R"({"id": )" + digits + R"(, "class": "KsSCSIMultipathedLogicalUnit",
       "parents": [)" +
          parents + R"(], "properties": {"Peripheral Device Type": 0,
-      "Logical Unit Unique Identifier": {"$data": ")" +
-         digits + R"("}}})" + entries;
+        "Logical Unit Unique Identifier": {"$data": ")" +
+         digits + R"("},
+        "Vendor Identification": "EXAMPLE", "Product Identification": "Simulated LUN",
+        "Load Balancing Algorithm": "Modified Round Robin", "Batch Count": 8},
+      "statistics": {"sent": )" +
+         digits + R"(, "received": 3, "commands": 4}})" + entries;
 }
 
 using test::dictionary;

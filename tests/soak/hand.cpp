@@ -5,6 +5,7 @@
 #include "lab/driver.hpp"
 #include "lab/image_file.hpp"
 #include "model/registry_names.hpp"
+#include "tests/lab/scratch.hpp"
 
 namespace tavrenix::soak {
 
@@ -14,12 +15,6 @@ constexpr std::size_t kFewestUnits = 2;
 constexpr std::size_t kMostUnits = 4;
 constexpr std::size_t kMostPaths = 4;
 constexpr std::size_t kMostVolumes = 2;
-constexpr EntryID kPort = 1;  // of the host: above all paths
-
-// Digits of identifiers: as many for every entry.
-std::string digits(EntryID id) {
-  return std::to_string(10'000'000 + id);
-}
 
 // The entries of that class, or those of them whose first parent is that one.
 std::vector<EntryID> idsOf(const Json& image, std::string_view className, EntryID parent = 0) {
@@ -56,13 +51,7 @@ void removeWithAllOfIt(Json& image, EntryID unit) {
 
 Hand::Hand(lab::SimulatedHost& host, std::string path, Random random)
     : host_(host), path_(std::move(path)), random_(random) {
-  const Json port = {{"Unique SCSI Port Identifier", {{"$data", "5001"}}}};
-  const Json image = {{"generation", 1},
-                      {"entries",
-                       {{{"id", kPort},
-                         {"class", "SimulatedPort"},
-                         {"properties", {{"Controller Characteristics", port}}}}}}};
-  std::ofstream(path_) << lab::printJSON(image);
+  std::ofstream(path_) << R"({"generation": 1, "entries": []})";
   host_.load(path_);
 }
 
@@ -77,42 +66,21 @@ void Hand::edit(Change change) {
   host_.reload(patience_);
 }
 
-EntryID Hand::add(Json& image, std::string_view className, Json parents, const Json& more) {
-  Json entry = {{"id", next_}, {"class", className}, {"parents", std::move(parents)}};
-  entry.update(more);
-  image["entries"].push_back(std::move(entry));
-  return next_++;
-}
-
-EntryID Hand::addPath(Json& image) {
-  const Json properties = {
-      {"Logical Unit Path Identifier", {{"$data", digits(next_)}}},
-      {"Protocol Characteristics", {{"Physical Interconnect", "Fibre Channel Interface"}}}};
-  const Json statistics = {{"sent", next_}, {"received", 5}, {"commands", 7}, {"state", 0}};
-  return add(image, registry::kPathClass, Json::array({kPort}),
-             {{"properties", properties}, {"statistics", statistics}});
-}
-
 void Hand::addUnit(Json& image, bool isStorage) {
-  Json paths = Json::array();
-  for (std::uint64_t left = 1 + random_.below(3); left > 0; --left) paths.push_back(addPath(image));
-  const Json properties = {{"Logical Unit Unique Identifier", {{"$data", digits(next_)}}},
-                           {"Vendor Identification", "EXAMPLE"},
-                           {"Product Identification", "Simulated LUN"},
-                           {"Load Balancing Algorithm", "Modified Round Robin"},
-                           {"Batch Count", 8},
-                           {"Peripheral Device Type", isStorage ? 0 : 3}};
-  const Json statistics = {{"sent", next_}, {"received", 8}, {"commands", 9}};
-  add(image, registry::kLogicalUnitClass, std::move(paths),
-      {{"properties", properties}, {"statistics", statistics}});
+  const int unit = next_++;
+  std::vector<int> paths;
+  for (std::uint64_t left = 1 + random_.below(3); left > 0; --left) paths.push_back(next_++);
+  Json entries = lab::readJSON("[" + lab::unitWithPaths(unit, paths) + "]");
+  if (!isStorage) entries[0]["properties"]["Peripheral Device Type"] = 3;  // a processor
+  for (Json& entry : entries) image["entries"].push_back(std::move(entry));
 }
 
 std::vector<EntryID> Hand::addUnit() {
   std::vector<EntryID> came;
   edit([&](Json& image) {
-    const EntryID first = next_;
+    const int unit = next_;
     addUnit(image, true);
-    for (EntryID id = first; id < next_; ++id) came.push_back(id);
+    for (int id = unit; id < next_; ++id) came.push_back(static_cast<EntryID>(id));
   });
   return came;
 }
@@ -143,8 +111,9 @@ void Hand::changeSettings(Json& unit) {
 void Hand::changePaths(Json& image, EntryID unit) {
   const std::size_t count = entryOf(image, unit)["parents"].size();
   if (count == 0 || (count < kMostPaths && random_.onceIn(3))) {
-    const EntryID path = addPath(image);
-    entryOf(image, unit)["parents"].push_back(path);
+    const Json withPath = lab::readJSON("[" + lab::unitWithPaths(0, {next_}) + "]");
+    image["entries"].push_back(withPath[1]);
+    entryOf(image, unit)["parents"].push_back(next_++);
     return;
   }
   Json& paths = entryOf(image, unit)["parents"];
@@ -163,9 +132,12 @@ void Hand::changeVolumes(Json& image, EntryID unit) {
   const auto volumes = idsOf(image, registry::kMediaClass, unit);
   if (volumes.size() == kMostVolumes) return remove(image, random_.oneOf(volumes));
   const std::string name = "disk" + std::to_string(next_);
-  add(image, registry::kMediaClass, Json::array({unit}),
-      {{"properties", {{"Leaf", true}, {"Content", "Data"}}},
-       {"disk", {{"volumeName", "on " + name}, {"bsdName", name}, {"mediaSize", next_}}}});
+  image["entries"].push_back(
+      {{"id", next_++},
+       {"class", registry::kMediaClass},
+       {"parents", {unit}},
+       {"properties", {{"Leaf", true}, {"Content", "Data"}}},
+       {"disk", {{"volumeName", "on " + name}, {"bsdName", name}, {"mediaSize", 1000}}}});
 }
 
 void Hand::changeUnit(Json& image, EntryID unit) {

@@ -28,8 +28,6 @@ class Hand {
   const std::string& path() const noexcept { return path_; }
 
  private:
-  EntryID add(Json& image, std::string_view className, Json parents, const Json& more);
-  EntryID addPath(Json& image);
   void addUnit(Json& image, bool isStorage);
   void changeUnit(Json& image, EntryID unit);
   void changePaths(Json& image, EntryID unit);
@@ -43,7 +41,7 @@ class Hand {
   const std::string path_;
   Random random_;
   std::chrono::milliseconds patience_{0};
-  EntryID next_ = 2;  // entry 1 is there from the beginning
+  int next_ = 100'000;  // all IDs have as many digits
 };
 
 }  // namespace tavrenix::soak
