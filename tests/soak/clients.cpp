@@ -1,5 +1,6 @@
 #include "tests/soak/clients.hpp"
 
+#include <map>
 #include <set>
 
 #include "library/call.hpp"
@@ -12,41 +13,47 @@ using test::Owned;
 
 namespace {
 
-// Every error that a call may hand out: code, message, and whether the host's result is told.
-const std::set<std::tuple<std::int64_t, std::string, bool>> kErrors = {
-    {kMPIOErrorBadArgument, "Bad path object reference", false},
-    {kMPIOErrorBadArgument, "Bad logical unit object reference", false},
-    {kMPIOErrorBadArgument, "newBatchCount cannot be 0", false},
-    {kMPIOErrorBadArgument, "Bad parameter. algorithmString string is nil", false},
-    {kMPIOErrorBadArgument, "Bad value for batchCount.  Must be greater than 0", false},
+// Every error that a call may hand out: by code, whether the host's result is told, and the
+// messages.
+struct Errors {
+  bool withResult;
+  std::set<std::string> messages;
+};
+const std::map<std::int64_t, Errors> kErrors = {
+    {kMPIOErrorBadArgument,
+     {false,
+      {"Bad path object reference", "Bad logical unit object reference",
+       "newBatchCount cannot be 0", "Bad parameter. algorithmString string is nil",
+       "Bad value for batchCount.  Must be greater than 0"}}},
     {kMPIOErrorServiceNotFound,
-     "KsServiceMatching unable to locate any services matching multipathed logical units", false},
-    {kMPIOErrorServiceNotFound,
-     "KsServiceMatching unable to locate any services matching multipathed logical unit paths",
-     false},
-    {kMPIOErrorServiceNotFound,
-     "KsServiceGetMatchingService failed to find entry matching specified entry ID", false},
-    {kMPIOErrorServiceNotFound, "Unable to locate needed service in KsRegistry", false},
-    {kMPIOErrorPropertyWriteFailed, "KsRegistryEntrySetObProperty failed", true},
-    {kMPIOErrorPropertyWriteFailed, "Unable to set property", true},
-    {kMPIOErrorPathsLackIdentifiers, "Attempt to enable LUN with paths lacking IDs", false},
-    {kMPIOErrorPathsLackIdentifiers, "Attempt to disable LUN with paths lacking IDs", false},
-    {kMPIOErrorStatisticsUnavailable, "sysctlbyname failed", true},
-    {kMPIOErrorNotificationFailed, "KsServiceAddMatchingNotification for logical units failed",
-     true},
-    {kMPIOErrorNotificationFailed, "KsServiceAddMatchingNotification for logical unit paths failed",
-     true},
-    {kMPIOErrorNoResources, "Failed to allocate an internal structure", false},
-    {kMPIOErrorNoResources, "Unable to create notification port", false},
+     {false,
+      {"KsServiceMatching unable to locate any services matching multipathed logical units",
+       "KsServiceMatching unable to locate any services matching multipathed logical unit paths",
+       "KsServiceGetMatchingService failed to find entry matching specified entry ID",
+       "Unable to locate needed service in KsRegistry"}}},
+    {kMPIOErrorPropertyWriteFailed,
+     {true, {"KsRegistryEntrySetObProperty failed", "Unable to set property"}}},
+    {kMPIOErrorPathsLackIdentifiers,
+     {false,
+      {"Attempt to enable LUN with paths lacking IDs",
+       "Attempt to disable LUN with paths lacking IDs"}}},
+    {kMPIOErrorStatisticsUnavailable, {true, {"sysctlbyname failed"}}},
+    {kMPIOErrorNotificationFailed,
+     {true,
+      {"KsServiceAddMatchingNotification for logical units failed",
+       "KsServiceAddMatchingNotification for logical unit paths failed"}}},
+    {kMPIOErrorNoResources,
+     {false, {"Failed to allocate an internal structure", "Unable to create notification port"}}},
 };
 
 bool isOfTheTable(ObErrorRef error) {
+  const auto known = kErrors.find(ObErrorGetCode(error));
+  if (known == kErrors.end()) return false;
   std::int64_t result = 0;
-  ObNumberGetInt64(static_cast<ObNumberRef>(
-                       ObDictionaryGetValue(ObErrorGetUserInfo(error), kMPIOErrorResultCodeKey)),
-                   &result);
-  return kErrors.contains(
-      {ObErrorGetCode(error), test::utf8(ObErrorGetDomain(error)), result != 0});
+  const ObTypeRef told = ObDictionaryGetValue(ObErrorGetUserInfo(error), kMPIOErrorResultCodeKey);
+  ObNumberGetInt64(static_cast<ObNumberRef>(told), &result);
+  return known->second.withResult == (result != 0) &&
+         known->second.messages.contains(test::utf8(ObErrorGetDomain(error)));
 }
 
 }  // namespace
@@ -72,19 +79,17 @@ void Client::listUnits() {
 }
 
 void Client::listPaths() {
-  keepOne(ask(MPIOLogicalUnitCopyPaths, drawUnit()), paths_);
+  keepOne(ask(MPIOLogicalUnitCopyPaths, random_.oneOf(units_).get()), paths_);
 }
 
-// ---- the one that lists ----
-
 template <class CRef>
-void Lister::copy(ObDictionaryRef (*copied)(CRef), CRef handle) {
+void Client::copy(ObDictionaryRef (*copied)(CRef), CRef handle) {
   const Owned<ObDictionaryRef> dictionary(ask(copied, handle));
   for (const char letter : wordsOf(dictionary.get()).dump())
     world_.note(static_cast<unsigned char>(letter));
 }
 
-void Lister::lookUp(MPIOLogicalUnitRef unit) {
+void Client::lookUp(MPIOLogicalUnitRef unit) {
   const EntryID id = unit == nullptr ? 0 : modelOf<MPIOLogicalUnit>(unit)->serviceEntryID();
   const ScopedHandle entry(world_.registry(), world_.registry().findServiceByEntryID(id));
   const Owned<MPIOLogicalUnitRef> found(ask(MPIOCopyLogicalUnitForService, entry.get()));
@@ -93,10 +98,10 @@ void Lister::lookUp(MPIOLogicalUnitRef unit) {
     world_.complain("a path under the entry of a unit");
 }
 
-void Lister::work() {
+void Client::list() {
   const auto alone = world_.alone();
-  const MPIOLogicalUnitRef unit = drawUnit();
-  const MPIOLogicalUnitPathRef path = drawPath();
+  const MPIOLogicalUnitRef unit = random_.oneOf(units_).get();
+  const MPIOLogicalUnitPathRef path = random_.oneOf(paths_).get();
   switch (random_.below(8)) {
     case 0:
       return listUnits();
@@ -117,11 +122,8 @@ void Lister::work() {
   }
 }
 
-// ---- the one that changes ----
-
-// isThere: whether the host has what the library says that it took.
 template <class IsThere, class Call, class... Arguments>
-void Changer::change(IsThere isThere, Call call, Arguments... arguments) {
+void Client::tryToChange(IsThere isThere, Call call, Arguments... arguments) {
   Owned<ObErrorRef> error;
   const bool done = ask(call, arguments..., error.out());
   noteAnswer(done, error.get());
@@ -130,13 +132,13 @@ void Changer::change(IsThere isThere, Call call, Arguments... arguments) {
     world_.complain("a change that was taken is not there");
 }
 
-Words Changer::published(MPIOLogicalUnitRef unit, const ob::String& name) {
+Words Client::published(MPIOLogicalUnitRef unit, const ob::String& name) {
   const auto* device = modelOf<MPIOLogicalUnit>(unit);
   const auto properties = world_.registry().properties(device->serviceEntryID());
   return properties ? wordsOf(properties->value(name)) : Words();
 }
 
-void Changer::setAlgorithm(MPIOLogicalUnitRef unit) {
+void Client::setAlgorithm(MPIOLogicalUnitRef unit) {
   const std::pair<ObStringRef, std::string_view> algorithms[] = {
       {kMPIOLogicalUnitAlgorithmRoundRobin, "Modified Round Robin"},
       {kMPIOLogicalUnitAlgorithmLeastQueueDepth, "Least Queue Depth"},
@@ -146,29 +148,29 @@ void Changer::setAlgorithm(MPIOLogicalUnitRef unit) {
   const auto isThere = [&, wanted = name] {
     return published(unit, registry::kLoadBalancingAlgorithm) == wanted;
   };
-  change(isThere, MPIOLogicalUnitSetAlgorithm, unit, algorithm);
+  tryToChange(isThere, MPIOLogicalUnitSetAlgorithm, unit, algorithm);
 }
 
-void Changer::setBatchCount(MPIOLogicalUnitRef unit) {
+void Client::setBatchCount(MPIOLogicalUnitRef unit) {
   static constexpr std::uint32_t kCounts[] = {0, 1, 16, 4'294'967'295};
   const std::uint32_t count = random_.oneOf(kCounts);
   const auto isThere = [&] { return published(unit, registry::kBatchCount) == count; };
-  change(isThere, MPIOLogicalUnitSetBatchCount, unit, count);
+  tryToChange(isThere, MPIOLogicalUnitSetBatchCount, unit, count);
 }
 
-void Changer::setPath(MPIOLogicalUnitPathRef path) {
+void Client::setPath(MPIOLogicalUnitPathRef path) {
   const bool enable = random_.onceIn(2);
   const auto isThere = [&] {
     const auto statistics = world_.simulated.memory().tunable().pathStatistics(
         modelOf<MPIOLogicalUnitPath>(path)->serviceEntryID());
     return statistics && ((statistics->state & kPathStateDisabledBit) == 0) == enable;
   };
-  change(isThere, enable ? MPIOLogicalUnitPathEnable : MPIOLogicalUnitPathDisable, path);
+  tryToChange(isThere, enable ? MPIOLogicalUnitPathEnable : MPIOLogicalUnitPathDisable, path);
 }
 
-void Changer::work() {
+void Client::change() {
   const auto alone = world_.alone();
-  const MPIOLogicalUnitRef unit = drawUnit();
+  const MPIOLogicalUnitRef unit = random_.oneOf(units_).get();
   const auto anywhere = [] { return true; };
   switch (random_.below(8)) {
     case 0:
@@ -182,15 +184,13 @@ void Changer::work() {
     case 5:
       return setBatchCount(unit);
     case 6:
-      return change(
+      return tryToChange(
           anywhere,
           random_.onceIn(2) ? MPIOLogicalUnitEnableAllPaths : MPIOLogicalUnitDisableAllPaths, unit);
     default:
-      return setPath(drawPath());
+      return setPath(random_.oneOf(paths_).get());
   }
 }
-
-// ---- the one that listens ----
 
 Listener::Listener(World& world) : Client(world, Stream::kListener) {
   for (test::NotificationClient* client :

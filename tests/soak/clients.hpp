@@ -1,4 +1,4 @@
-// The three kinds of client. Each works on one thread, one call at a time, with handles that it
+// The clients. Each works on one thread, one call at a time, with handles that it
 // keeps for a while, also when their devices are gone by then.
 #pragma once
 
@@ -18,10 +18,16 @@ void keep(CRef handle, Kept<CRef>& kept, Random& random) {
   random.oneOf(kept) = test::Owned<CRef>(static_cast<CRef>(ObRetain(handle)));
 }
 
+// One that lists or one that changes.
 class Client {
- protected:
+ public:
   Client(World& world, Stream stream) : world_(world), random_(world.seed, stream) {}
+  // One operation, as drawn: lists, or copies properties and statistics.
+  void list();
+  // One operation, as drawn: lists, or changes algorithm, batch count and path states.
+  void change();
 
+ protected:
   // What the call answers, at times where its first allocation fails: that of its scratch pool.
   template <class Call, class... Arguments>
   auto ask(Call call, Arguments... arguments) {
@@ -30,10 +36,6 @@ class Client {
     test::allocationFailed();  // forgets an order that was not carried out
     return answer;
   }
-  MPIOLogicalUnitRef drawUnit() { return random_.oneOf(units_).get(); }
-  MPIOLogicalUnitPathRef drawPath() { return random_.oneOf(paths_).get(); }
-  void listUnits();
-  void listPaths();
   void noteAnswer(bool done, ObErrorRef error);
 
   World& world_;
@@ -42,37 +44,21 @@ class Client {
   Kept<MPIOLogicalUnitPathRef> paths_;
 
  private:
+  void listUnits();
+  void listPaths();
   template <class CRef>
   void keepOne(ObArrayRef handles, Kept<CRef>& kept);
-};
-
-// Lists, and copies properties and statistics.
-class Lister final : Client {
- public:
-  explicit Lister(World& world) : Client(world, Stream::kLister) {}
-  // One operation, as drawn; so it is with the others.
-  void work();
-
- private:
   template <class CRef>
   void copy(ObDictionaryRef (*copied)(CRef), CRef handle);
   void lookUp(MPIOLogicalUnitRef unit);
-};
-
-// Changes algorithm, batch count and path states.
-class Changer final : Client {
- public:
-  explicit Changer(World& world) : Client(world, Stream::kChanger) {}
-  void work();
-
- private:
   void setAlgorithm(MPIOLogicalUnitRef unit);
   void setBatchCount(MPIOLogicalUnitRef unit);
   void setPath(MPIOLogicalUnitPathRef path);
+  // isThere: whether the host has what the library says that it took.
+  template <class IsThere, class Call, class... Arguments>
+  void tryToChange(IsThere isThere, Call call, Arguments... arguments);
   // What the driver shows of the unit under that name.
   Words published(MPIOLogicalUnitRef unit, const ob::String& name);
-  template <class IsThere, class Call, class... Arguments>
-  void change(IsThere isThere, Call call, Arguments... arguments);
 };
 
 // Registers for notifications in both forms, is told of what comes and goes, and gives up again, at

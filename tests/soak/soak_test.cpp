@@ -39,9 +39,10 @@ std::uint64_t firstSeed() {
 constexpr std::size_t kOperationsOfAChange = 40;
 
 struct Clients {
-  explicit Clients(World& world) : lister(world), changer(world), listener(world) {}
-  Lister lister;
-  Changer changer;
+  explicit Clients(World& world)
+      : lister(world, Stream::kLister), changer(world, Stream::kChanger), listener(world) {}
+  Client lister;
+  Client changer;
   Listener listener;
 };
 
@@ -55,11 +56,11 @@ void workInDrawnOrder(World& world, Clients& clients, std::uint64_t operations) 
       if (drawn == kOperationsOfAChange) {
         world.hand.change();
       } else if (drawn < 10) {
-        clients.changer.work();
+        clients.changer.change();
       } else if (drawn < 20) {
         clients.listener.work();
       } else {
-        clients.lister.work();
+        clients.lister.list();
       }
     }
     clients.listener.settle();
@@ -72,16 +73,18 @@ void workInDrawnOrder(World& world, Clients& clients, std::uint64_t operations) 
 void workAllAtOnce(World& world, Clients& clients, std::uint64_t operations) {
   std::atomic<std::int64_t> left{static_cast<std::int64_t>(operations)};
   std::counting_semaphore<> granted(0);
-  const auto work = [&](auto& client) {
-    for (granted.acquire(); left-- > 0; granted.acquire()) client.work();
-  };
-  const auto listen = [&] {
-    work(clients.listener);
+  const auto repeat = [&](auto work) {
+    for (granted.acquire(); left-- > 0; granted.acquire()) work();
     world.storm.calm();
-    clients.listener.finish();
   };
-  std::thread threads[] = {std::thread([&] { work(clients.lister); }),
-                           std::thread([&] { work(clients.changer); }), std::thread(listen)};
+  std::thread threads[] = {
+      std::thread([&] { repeat([&] { clients.lister.list(); }); }),
+      std::thread([&] { repeat([&] { clients.changer.change(); }); }),
+      std::thread([&] {
+        repeat([&] { clients.listener.work(); });
+        clients.listener.finish();
+      }),
+  };
   while (left > 0) {
     world.hand.change();
     granted.release(kOperationsOfAChange);
