@@ -5,6 +5,7 @@
 
 #include "model/entry.hpp"
 #include "tests/lab/scratch.hpp"
+#include "tests/support/storage.hpp"
 
 namespace tavrenix::lab {
 namespace {

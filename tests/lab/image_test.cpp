@@ -1,6 +1,7 @@
 #include "lab/image.hpp"
 
 #include "tests/lab/scratch.hpp"
+#include "tests/support/storage.hpp"
 
 namespace tavrenix::lab {
 namespace {
@@ -98,16 +99,15 @@ TEST(Image, ReadsEveryKindOfValue) {
     "s": "\u00e9", "i": -9223372036854775808, "u": 18446744073709551615, "d": 1.0, "b": false,
     "a": [1], "x": {"$data": "00fF"}, "t": {"$date": "1970-01-01T00:00:01Z"}, "n": {"$dictionary": {"$data": 1}}}})"));
   ASSERT_NE(image.find(0xFFFFFFFFFFFFFFFF), nullptr);
-  const std::uint8_t bytes[] = {0x00, 0xFF};
-  const auto wanted = dictionary({{"s", test::text("\xC3\xA9")},
-                                  {"i", ob::Number::make(INT64_MIN)},
-                                  {"u", ob::Number::make(UINT64_MAX)},
-                                  {"d", ob::Number::make(1.0)},
-                                  {"b", ob::Ref<const ob::Object>::retain(ob::Boolean::of(false))},
-                                  {"a", ob::Array::make({number(1)})},
-                                  {"x", ob::Data::make(bytes)},
-                                  {"t", ob::Date::make(1'000'000'000)},
-                                  {"n", dictionary({{"$data", number(1)}})}});
+  const auto wanted = test::dictionary({{"s", test::text("\xC3\xA9")},
+                                        {"i", ob::Number::make(INT64_MIN)},
+                                        {"u", ob::Number::make(UINT64_MAX)},
+                                        {"d", ob::Number::make(1.0)},
+                                        {"b", test::flag(false)},
+                                        {"a", ob::Array::make({test::number(1)})},
+                                        {"x", test::data({0x00, 0xFF})},
+                                        {"t", ob::Date::make(1'000'000'000)},
+                                        {"n", test::dictionary({{"$data", test::number(1)}})}});
   EXPECT_TRUE(image.find(0xFFFFFFFFFFFFFFFF)->properties->equals(*wanted));
 }
 

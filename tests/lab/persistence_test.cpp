@@ -11,6 +11,7 @@
 #include <csignal>
 
 #include "lab/host.hpp"
+#include "lab/plist.hpp"
 #include "model/registry_names.hpp"
 #include "tests/lab/scratch.hpp"
 
@@ -34,10 +35,12 @@ std::string disabledPaths(const Image& image) {
   return disabled;
 }
 
-KernelStatus writeTo(SimulatedHost& host, const ob::Object& request) {
+// Asks for the path of that identifier to be disabled, by code 3, or enabled, by code 0.
+KernelStatus writeTo(SimulatedHost& host, const std::string& path, int code = 3) {
   auto& registry = host.memory().registry();
   const ScopedHandle unit(registry, registry.findServiceByEntryID(10));
-  return registry.setProperty(unit.get(), registry::kProperties, request);
+  const Json request = {{"PathState", {{path, code}}}};
+  return registry.setProperty(unit.get(), registry::kProperties, *valueFromJSON(request, Place()));
 }
 
 // From then on the modes of files bind the superuser as well.
@@ -83,8 +86,8 @@ TEST_F(PersistenceTest, ASuccessStandsInTheFileAndInTheLiveHostBesideWhatOthersD
   load();
   SimulatedHost other([](std::string_view) {});
   other.load(path_);
-  EXPECT_EQ(writeTo(other, *pathRequest("26", 3)), kSuccess);
-  EXPECT_EQ(writeTo(host_, *pathRequest("27", 3)), kSuccess);
+  EXPECT_EQ(writeTo(other, "26"), kSuccess);
+  EXPECT_EQ(writeTo(host_, "27"), kSuccess);
   EXPECT_EQ(disabledPaths(stored()), "67");
   EXPECT_EQ(stored().generation(), 3U);
   EXPECT_EQ(host_.memory().tunable().generation(), 3U);
@@ -94,18 +97,18 @@ TEST_F(PersistenceTest, ASuccessStandsInTheFileAndInTheLiveHostBesideWhatOthersD
 
 TEST_F(PersistenceTest, WaitingStatusesAreAnsweredOneByOneAndRefusalsChangeNothing) {
   load("-5, 0, 7, 0");
-  EXPECT_EQ(writeTo(host_, *pathRequest("21", 3)), -5);
+  EXPECT_EQ(writeTo(host_, "21"), -5);
   EXPECT_EQ(disabledPaths(stored()), "");
   EXPECT_EQ(stored().generation(), 1U);
-  EXPECT_EQ(writeTo(host_, *pathRequest("22", 3)), kSuccess);
-  EXPECT_EQ(writeTo(host_, *pathRequest("23", 3)), 7);
-  EXPECT_EQ(writeTo(host_, *pathRequest("bad", 3)), -536870206);
-  EXPECT_EQ(writeTo(host_, *pathRequest("25", 3)), kSuccess);
+  EXPECT_EQ(writeTo(host_, "22"), kSuccess);
+  EXPECT_EQ(writeTo(host_, "23"), 7);
+  EXPECT_EQ(writeTo(host_, "bad"), -536870206);
+  EXPECT_EQ(writeTo(host_, "25"), kSuccess);
   EXPECT_EQ(disabledPaths(stored()), "25");
   EXPECT_EQ(stored().generation(), 3U);
   const std::string before = contentsOf(path_);
   EXPECT_NE(before.find("\"writeStatuses\": []"), std::string::npos);
-  EXPECT_EQ(writeTo(host_, *pathRequest("99", 3)), -536870206);
+  EXPECT_EQ(writeTo(host_, "99"), -536870206);
   EXPECT_EQ(contentsOf(path_), before);
 }
 
@@ -120,7 +123,7 @@ TEST_F(PersistenceTest, ConcurrentProcessesLoseNoChange) {
       const std::string digits = std::to_string(path);
       bool good = true;
       for (int round = 0; round < kRounds; ++round)
-        good = writeTo(own, *pathRequest(digits, round % 2 == 0 ? 3 : 0)) == kSuccess && good;
+        good = writeTo(own, digits, round % 2 == 0 ? 3 : 0) == kSuccess && good;
       return good;
     }));
   }
@@ -137,7 +140,7 @@ TEST_F(PersistenceTest, ASymbolicLinkAndTheModeStay) {
   ASSERT_EQ(::chmod(path_.c_str(), 0640), 0);
   SimulatedHost other([](std::string_view) {});
   other.load(link);
-  EXPECT_EQ(writeTo(other, *pathRequest("21", 3)), kSuccess);
+  EXPECT_EQ(writeTo(other, "21"), kSuccess);
   EXPECT_TRUE(std::filesystem::is_symlink(link));
   EXPECT_EQ(disabledPaths(stored()), "1");
   struct stat status {};
@@ -149,7 +152,7 @@ TEST_F(PersistenceTest, LeftoversOfAKilledProcessDoNoHarm) {
   load();
   const std::string precious = scratch_.write("precious", "text");
   std::filesystem::create_symlink("precious", scratch_.path(".image.json.tavrenix-lab"));
-  EXPECT_EQ(writeTo(host_, *pathRequest("21", 3)), kSuccess);
+  EXPECT_EQ(writeTo(host_, "21"), kSuccess);
   EXPECT_EQ(disabledPaths(stored()), "1");
   EXPECT_EQ(contentsOf(precious), "text");
   EXPECT_EQ(scratch_.files(), 2U);
@@ -175,7 +178,7 @@ TEST_F(PersistenceTest, WhatCannotBeWrittenStaysWhole) {
     EXPECT_TRUE(held(inAnotherProcess([&] {
       host_.load(path_);
       each.giveUp();
-      return writeTo(host_, *pathRequest("21", 3)) == each.status &&
+      return writeTo(host_, "21") == each.status &&
              host_.memory().tunable().generation() == (done ? 2 : 1) &&
              reported_ == (done ? "" : path_ + each.reported);
     }))) << each.reported;
@@ -189,12 +192,12 @@ TEST_F(PersistenceTest, WhatCannotBeWrittenStaysWhole) {
 TEST_F(PersistenceTest, AFileThatWentBadOrAwayIsReportedAndLeft) {
   load();
   scratch_.write("image.json", "{\"generation\": }");
-  EXPECT_EQ(writeTo(host_, *pathRequest("21", 3)), -EINVAL);
+  EXPECT_EQ(writeTo(host_, "21"), -EINVAL);
   EXPECT_TRUE(reported_.starts_with(path_ + ": line 1, column 16: ")) << reported_;
   EXPECT_EQ(contentsOf(path_), "{\"generation\": }");
   std::filesystem::remove(path_);
   reported_.clear();
-  EXPECT_EQ(writeTo(host_, *pathRequest("21", 3)), -ENOENT);
+  EXPECT_EQ(writeTo(host_, "21"), -ENOENT);
   EXPECT_EQ(reported_, path_ + ": cannot be opened: No such file or directory\n");
   EXPECT_EQ(host_.memory().tunable().generation(), 1U);
 }

@@ -1,4 +1,4 @@
-// What the tests of this folder share: a folder of their own for files, and short ways to values.
+// What the tests of this folder share: a folder of their own for files, and entries of images.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,8 +8,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
-
-#include "tests/support/storage.hpp"
+#include <vector>
 
 namespace tavrenix::lab {
 
@@ -71,19 +70,6 @@ inline std::string unitWithPaths(int id, const std::vector<int>& paths) {
         "Load Balancing Algorithm": "Modified Round Robin", "Batch Count": 8},
       "statistics": {"sent": )" +
          digits + R"(, "received": 3, "commands": 4}})" + entries;
-}
-
-using test::dictionary;
-using test::number;
-using test::text;
-
-inline ob::Ref<const ob::Dictionary> algorithmRequest(std::string_view algorithm,
-                                                      std::int64_t batchCount) {
-  return dictionary({{"Algorithm", text(algorithm)}, {"Batch Count", number(batchCount)}});
-}
-
-inline ob::Ref<const ob::Dictionary> pathRequest(std::string_view identifier, std::int64_t code) {
-  return dictionary({{"PathState", dictionary({{identifier, number(code)}})}});
 }
 
 }  // namespace tavrenix::lab
