@@ -132,7 +132,9 @@ TEST(CFace, TellsEveryKindApartAndReportsAbsenceForTheOthers) {
   };
   const auto key = ob::toC<ObStringRef>(text.get());
   std::set<ObTypeID> seen;
-  for (const auto& [object, kind] : kinds) {
+  for (const auto& each : kinds) {
+    const ObTypeRef object = each.first;
+    const ObTypeID kind = each.second;
     SCOPED_TRACE(kind);
     EXPECT_EQ(ObGetTypeID(object), kind);
     EXPECT_TRUE(seen.insert(kind).second);
