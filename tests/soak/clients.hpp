@@ -1,5 +1,5 @@
-// The clients. Each works on one thread, one call at a time, with handles that it
-// keeps for a while, also when their devices are gone by then.
+// The clients. Each works on one thread, one call at a time, with handles that it keeps for a
+// while, also when their devices are gone by then.
 #pragma once
 
 #include "tests/library/failing_new.hpp"

@@ -25,17 +25,17 @@ World::World(std::uint64_t itsSeed, Order itsOrder)
 }
 
 std::unique_lock<std::recursive_mutex> World::alone() {
-  return order == Order::kFree ? std::unique_lock(alone_)
-                               : std::unique_lock(alone_, std::defer_lock);
+  return order == Order::kFree ? std::unique_lock(clients)
+                               : std::unique_lock(clients, std::defer_lock);
 }
 
 void World::complain(const std::string& fault) {
   constexpr int kMost = 10;
-  if (++complaints_ <= kMost) ADD_FAILURE() << fault;
+  if (++complaints <= kMost) ADD_FAILURE() << fault;
 }
 
 void World::note(std::uint64_t answer) {
-  const std::lock_guard lock(noting_);
+  const std::lock_guard lock(noting);
   sum = (sum ^ answer) * 0x100000001B3;
 }
 

@@ -27,18 +27,16 @@ struct World {
 
   const std::uint64_t seed;
   const Order order;
+  std::recursive_mutex clients;
+  std::mutex noting;
   std::uint64_t sum = 0;
+  std::atomic<int> complaints{0};
   lab::Scratch scratch;
   lab::SimulatedHost simulated{[this](std::string_view line) { complain(std::string(line)); }};
   Hand hand;
   test::WatchedSeams seams{simulated.memory()};
   Storm storm;
   test::UnderLibrary under{seams};
-
- private:
-  std::recursive_mutex alone_;
-  std::mutex noting_;
-  std::atomic<int> complaints_{0};
 };
 
 }  // namespace tavrenix::soak
