@@ -67,6 +67,7 @@ TEST(Numbers, ConvertOnlyWhatTheyRepresentExactly) {
               each.asSigned.has_value());
     EXPECT_EQ(untouched, each.asSigned.value_or(77));
   }
+  EXPECT_EQ(ob::Number::make(UINT64_MAX)->asDouble(), 18446744073709551616.0);  // the nearest
 }
 
 ob::Ref<ob::Dictionary> dictionary(const char* key, ob::Ref<const ob::Object> value) {
@@ -83,6 +84,7 @@ TEST(Values, AreEqualByValueWithinTheirKind) {
       {nullptr},
       {one, alsoOne, ob::Number::make(std::uint64_t{1})},
       {ob::Number::make(1.5), ob::Number::make(1.5)},
+      {ob::Number::make(UINT64_MAX), ob::Number::make(UINT64_MAX)},
       {ob::Ref<const ob::Object>::retain(ob::Boolean::of(true))},
       {ob::String::make("\x01\x02"), ob::String::make("\x01\x02")},
       {ob::Data::make(bytes), ob::Data::make(bytes)},
