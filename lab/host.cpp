@@ -47,14 +47,20 @@ void SimulatedHost::load(const std::string& path) {
 }
 
 void SimulatedHost::reload(std::chrono::milliseconds patience) {
-  // What listens rescans after each kind of departure, and a unit's end would take its paths along.
-  if (removeDeparted(true)) waitUntilTold(patience);
-  if (removeDeparted(false)) waitUntilTold(patience);
+  tellDepartures(patience);
   const Lock lock(changing_);
   onFile(path_, [&] {
     Image next = parse(readImageFile(resolvedPath_));
     if (!departed_.empty() || next.text() != image_.text()) adopt(std::move(next), true);
   });
+}
+
+void SimulatedHost::tellDepartures(std::chrono::milliseconds patience) {
+  // Whoever is still to take up arrivals needs the scan that is held off here.
+  std::optional<memory::MemoryTunable::HeldGeneration> held;
+  if (waitUntilTold(patience)) held.emplace(memory_.tunable());
+  if (removeDeparted(true)) waitUntilTold(patience);
+  if (removeDeparted(false)) waitUntilTold(patience);
 }
 
 bool SimulatedHost::removeDeparted(bool pathsOnly) {
@@ -76,9 +82,11 @@ bool SimulatedHost::removeDeparted(bool pathsOnly) {
 
 // Not under the lock: a client may be within a call that changes something. One that never comes to
 // take up what it is told of does not hold up the others for longer than this.
-void SimulatedHost::waitUntilTold(std::chrono::milliseconds patience) {
+bool SimulatedHost::waitUntilTold(std::chrono::milliseconds patience) {
   constexpr std::chrono::milliseconds kStep(1);
-  for (; patience >= kStep && !memory_.registry().notificationsAreSettled(); patience -= kStep) {
+  for (;; patience -= kStep) {
+    if (memory_.registry().notificationsAreSettled()) return true;
+    if (patience < kStep) return false;
     std::this_thread::sleep_for(kStep);
   }
 }

@@ -25,9 +25,10 @@ class SimulatedHost {
   // Once: reads the image file and shows it from then on. Throws ImageError with the path in front;
   // then the host is as it was.
   void load(const std::string& path);
-  // Reads the file again. As load in its failures. Clients are told of departures first, and get
-  // some time to take them up, before the generation moves and their handles are forgotten. The
-  // generation moves with every change, also where the file does not say so.
+  // Reads the file again. As load in its failures. Clients are told of departures first; until they
+  // have taken these up no generation moves, since the handles are forgotten then. They get some
+  // time for that, and for what they were told of before. In the end the generation moves with
+  // every change, also where the file does not say so.
   static constexpr std::chrono::milliseconds kPatience{1000};
   void reload(std::chrono::milliseconds patience = kPatience);
 
@@ -42,7 +43,9 @@ class SimulatedHost {
   std::uint32_t generationOf(const Image& next, bool moved);
   // Takes out what the file no longer has; whether there was anything.
   bool removeDeparted(bool pathsOnly);
-  void waitUntilTold(std::chrono::milliseconds patience);
+  void tellDepartures(std::chrono::milliseconds patience);
+  // False where patience ends first.
+  bool waitUntilTold(std::chrono::milliseconds patience);
   bool stays(const ImageEntry& old, const Image& next) const;
   // The image in text; throws ImageError where the live host could not show it.
   Image parse(std::string_view text) const;

@@ -1,7 +1,7 @@
 // The machine as the registry sees it: multipath maps, their paths, SCSI hosts, media.
 //
-// Everything is looked at when asked for, once in a burst of questions (see burst.hpp). Threads: one
-// lock guards what is kept; any operation on any thread.
+// Everything is looked at when asked for, once in a burst of questions (see burst.hpp). Threads:
+// one lock guards what is kept; any operation on any thread.
 #pragma once
 
 #include <memory>

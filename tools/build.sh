@@ -2,6 +2,8 @@
 # CMake builds, each in its own folder under build/, and the list of sources.
 
 jobs=${JOBS:-$(nproc)}
+# What one checkout has compiled serves the others on this machine too.
+export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
 
 # configure NAME OPTION...: prepares build/NAME. ccache is used where there is one.
 configure_quietly() {

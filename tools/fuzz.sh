@@ -18,7 +18,7 @@ fuzz_options=(-timeout=60 -rss_limit_mb=2048)
 
 fuzz_configure_and_compile() {
   local -a options
-  clang_and_address
+  clang_and_address -O1
   options+=(-DTAVRENIX_FUZZ=ON)
   "configure$1" fuzz "${options[@]}"
   "compile$1" fuzz --target fuzz-programs

@@ -16,6 +16,11 @@ std::uint32_t MemoryTunable::generation() const {
   return generation_;
 }
 
+void MemoryTunable::hold(bool held) {
+  const Lock lock(mutex_);
+  isHeld_ = held;
+}
+
 void MemoryTunable::setLogicalUnitStatistics(EntryID unit, SCSILogicalUnitStatistics record) {
   const Lock lock(mutex_);
   units_.set(unit, record);
@@ -65,7 +70,8 @@ int MemoryTunable::sysctlbyname(const char* name, void* oldValue, std::size_t* o
     case kPathStatistics:
       return answer(paths_.findAfter(lastPath_, request.pathEntryID), oldValue, oldLength);
     case kConfigurationGeneration:
-      return answer(&generation_, oldValue, oldLength);
+      if (!isHeld_) told_ = generation_;
+      return answer(&told_, oldValue, oldLength);
     default:
       return -1;
   }

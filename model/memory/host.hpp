@@ -13,6 +13,18 @@ class MemoryTunable final : public MPIOKernelTunable {
   // 0 stands for a driver that is not there: it is never scanned.
   void setGeneration(std::uint32_t generation);
   std::uint32_t generation() const;
+  // As long as it lives, whoever asks for the generation is told what was told last, and so does
+  // not scan. One at a time.
+  class HeldGeneration {
+   public:
+    explicit HeldGeneration(MemoryTunable& tunable) : tunable_(tunable) { tunable.hold(true); }
+    ~HeldGeneration() { tunable_.hold(false); }
+    HeldGeneration(const HeldGeneration&) = delete;
+    HeldGeneration& operator=(const HeldGeneration&) = delete;
+
+   private:
+    MemoryTunable& tunable_;
+  };
   void setLogicalUnitStatistics(EntryID unit, SCSILogicalUnitStatistics record);
   void setPathStatistics(EntryID path, SCSIPathStatistics record);
   std::optional<SCSIPathStatistics> pathStatistics(EntryID path) const;
@@ -22,8 +34,12 @@ class MemoryTunable final : public MPIOKernelTunable {
                    std::size_t newLength) override;
 
  private:
+  void hold(bool held);
+
   mutable std::mutex mutex_;
   std::uint32_t generation_ = 0;
+  std::uint32_t told_ = 0;
+  bool isHeld_ = false;
   ob::NumberMap<SCSILogicalUnitStatistics> units_;
   ob::NumberMap<SCSIPathStatistics> paths_;
   std::size_t lastPath_ = 0;  // where the last look-up in paths_ ended

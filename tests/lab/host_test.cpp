@@ -1,6 +1,7 @@
 // The live host: what it shows of an image, and how it follows changes of the file.
 #include "lab/host.hpp"
 
+#include <atomic>
 #include <set>
 
 #include "model/entry.hpp"
@@ -130,6 +131,40 @@ TEST_F(HostTest, AGenerationDoesNotComeAgain) {
     EXPECT_TRUE(shown.insert(generation()).second) << number;
   }
   EXPECT_FALSE(shown.contains(0));
+}
+
+TEST_F(HostTest, NobodyScansBeforeDeparturesAreTakenUp) {
+  const auto generation = [&] {
+    SCSIMPIOStatisticsRequest request{.requestType = kConfigurationGeneration};
+    std::uint32_t told = 0;
+    std::size_t length = sizeof told;
+    host_.memory().tunable().sysctlbyname(kStatisticsTunable, &told, &length, &request,
+                                          sizeof request);
+    return told;
+  };
+  auto& registry = host_.memory().registry();
+  show(R"("generation": 1, "entries": [{"id": 1, "class": "A"}])");
+  EXPECT_EQ(generation(), 1U);
+  show(R"("generation": 2, "entries": [{"id": 1, "class": "A"}])");  // nobody asks
+  const RegistryPort port = registry.createNotificationPort();
+  const auto queue = ob::make<ob::DispatchQueue>("test");
+  registry.setDispatchQueue(port, *queue);
+  std::atomic<std::uint32_t> toldWithDeparture = 0;
+  const auto drain = [&](RegistryHandle iterator) {
+    while (const RegistryHandle next = registry.iteratorNext(iterator)) registry.release(next);
+  };
+  const auto added =
+      registry.addMatchingNotification(port, registry::kTerminateNotification,
+                                       registry.classMatching("A"), [&](RegistryHandle iterator) {
+                                         toldWithDeparture = generation();
+                                         drain(iterator);
+                                       });
+  drain(added.value);
+  show(R"("generation": 3, "entries": [])");
+  EXPECT_EQ(toldWithDeparture, 1U);
+  EXPECT_EQ(generation(), 3U);
+  registry.release(added.value);
+  registry.destroyNotificationPort(port);
 }
 
 TEST_F(HostTest, ABadReloadChangesNothing) {

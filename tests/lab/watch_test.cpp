@@ -1,5 +1,6 @@
 // tavrenix-lab-watch as a person runs it: what others do to the image shows as lines.
 #include <signal.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <vector>
@@ -27,6 +28,12 @@ class Watch : public testing::Test {
   std::string line() {
     char text[4096] = "";
     return std::fgets(text, sizeof text, program_) == nullptr ? "" : text;
+  }
+  // What is there at the start is told while the program still registers; it listens to everything
+  // once it waits.
+  void waitUntilItListens() const {
+    const std::string stat = "/proc/" + std::to_string(process_) + "/stat";
+    while (contentsOf(stat).find(") R ") != std::string::npos) ::usleep(1000);
   }
   // Kind and identifier of the next lines, in alphabetical order.
   std::vector<std::string> lines(std::size_t count) {
@@ -60,6 +67,7 @@ TEST_F(Watch, FollowsWhatAnEditorDoesEvenWhereTheGenerationIsForgotten) {
   saveEntries(unitWithPaths(90, {11, 12}));
   start();
   EXPECT_EQ(lines(3), (Expected{kUnitCame + "90\n", kPathCame + "11\n", kPathCame + "12\n"}));
+  waitUntilItListens();
   saveEntries(unitWithPaths(90, {11, 12, 13}));
   EXPECT_EQ(lines(1), Expected{kPathCame + "13\n"}) << "the unit stays";
   saveEntries(unitWithPaths(80, {14}));
@@ -72,6 +80,7 @@ TEST_F(Watch, FollowsAfterAModifyByAnotherProcess) {
   saveEntries(unitWithPaths(90, {11}) + ", " + unitWithPaths(80, {12}));
   start();
   lines(4);
+  waitUntilItListens();
   const std::string modify = "modify lun --id 90 --algorithm LeastIO > /dev/null";
   ASSERT_EQ(run("'" TAVRENIX_LAB "' '" + image_ + "' " + modify).status, 0);
   EXPECT_NE(contentsOf(image_).find("\"generation\": 2"), std::string::npos);

@@ -16,71 +16,60 @@ class Allocation : public testing::Test {
   LibraryHost host;
 };
 
-// Runs call with its first allocation failing; whether there was one to fail.
-template <class Call>
-bool failsFirst(Call call) {
-  failAllocationAfter(0);
-  call();
-  return allocationFailed();
-}
-
 TEST_F(Allocation, WithoutPoolACallReturnsItsFailureValueAndNoError) {
   const Handles handles;
-  const auto paths = handles.paths();
   const auto unit = handles.unit();
-  const auto path = at<MPIOLogicalUnitPathRef>(paths, 0);
-  Owned<ObErrorRef> error;
-  host->watch.reset();
-  const void* results[] = {nullptr, nullptr, nullptr};
-  EXPECT_TRUE(failsFirst([&] { results[0] = MPIOCopyLogicalUnits(); }));
-  EXPECT_TRUE(failsFirst([&] { results[1] = MPIOLogicalUnitCopyProperties(unit); }));
-  EXPECT_TRUE(failsFirst([&] { results[2] = MPIOLogicalUnitCopyPaths(unit); }));
-  for (const void* result : results) EXPECT_EQ(result, nullptr);
-  bool done = true;
-  // A path handle where a unit is wanted: without a pool not even that is told.
-  const auto wrong = static_cast<MPIOLogicalUnitRef>(static_cast<const void*>(path));
-  EXPECT_TRUE(failsFirst([&] { done = MPIOLogicalUnitSetBatchCount(wrong, 0, error.out()); }));
-  EXPECT_FALSE(done);
-  EXPECT_FALSE(error);
-  EXPECT_EQ(host->watch.failable(), 0u);  // nothing was asked of the host
-  EXPECT_FALSE(failsFirst([] { MPIOLogicalUnitCopyProperties(nullptr); }));  // not even a pool
-  EXPECT_FALSE(failsFirst([] { MPIOLogicalUnitEnableAllPaths(nullptr, nullptr); }));
-}
-
-TEST_F(Allocation, OnlyTheLookUpOfAUnitByServiceMakesNoPool) {
-  const Handles handles;
   const auto paths = handles.paths();
   MPIODeviceRegistry& registry = host->registry();
   const ScopedHandle unitEntry(registry, registry.findServiceByEntryID(unitID(0)));
   const ScopedHandle pathEntry(registry, registry.findServiceByEntryID(pathID(0, 0)));
-  Owned<MPIOLogicalUnitRef> unit;
-  EXPECT_FALSE(failsFirst([&] { *unit.out() = MPIOCopyLogicalUnitForService(unitEntry.get()); }));
-  EXPECT_EQ(unit.get(), handles.unit());
-  Owned<MPIOLogicalUnitPathRef> path;
-  EXPECT_TRUE(
-      failsFirst([&] { *path.out() = MPIOCopyLogicalUnitPathForService(pathEntry.get()); }));
-  EXPECT_FALSE(path);
+  // A path handle where a unit is wanted: without a pool not even that is told.
+  const auto wrong = static_cast<MPIOLogicalUnitRef>(ObArrayGetValueAtIndex(paths.get(), 0));
+  Owned<ObErrorRef> error;
+  // Each with its first allocation failing.
+  const auto answers = [](auto call) {
+    failAllocationAfter(0);
+    const Owned<ObTypeRef> answer(call());
+    const bool failed = allocationFailed();
+    EXPECT_EQ(static_cast<bool>(answer), !failed);
+    return !failed;
+  };
+  host->watch.reset();
+  EXPECT_FALSE(answers(MPIOCopyLogicalUnits));
+  EXPECT_FALSE(answers([&] { return MPIOLogicalUnitCopyProperties(unit); }));
+  EXPECT_FALSE(answers([&] { return MPIOLogicalUnitCopyPaths(unit); }));
+  EXPECT_FALSE(answers([&] {
+    return MPIOLogicalUnitSetBatchCount(wrong, 0, error.out()) ? ObRetain(unit) : nullptr;
+  }));
+  EXPECT_FALSE(error);
+  EXPECT_FALSE(answers([&] { return MPIOCopyLogicalUnitPathForService(pathEntry.get()); }));
+  EXPECT_EQ(host->watch.failable(), 0u);  // nothing was asked of the host
+  // This one makes no pool.
+  EXPECT_TRUE(answers([&] { return MPIOCopyLogicalUnitForService(unitEntry.get()); }));
+  failAllocationAfter(0);
+  MPIOLogicalUnitCopyProperties(nullptr);
+  MPIOLogicalUnitEnableAllPaths(nullptr, nullptr);
+  EXPECT_FALSE(allocationFailed()) << "nor is there one for no handle";
 }
 
 TEST_F(Allocation, AtEverySiteLeakNothingAndHeal) {
   ASSERT_TRUE(useEverything(*host));
-  std::size_t site = 0;
-  for (bool failed = true; failed; ++site) {
-    SCOPED_TRACE(site);
-    touch(host->memory);
-    failAllocationAfter(site);
-    const Owned<ObArrayRef> units(MPIOCopyLogicalUnits());
-    const auto unit = at<MPIOLogicalUnitRef>(units, 0);
-    const Owned<ObDictionaryRef> properties(MPIOLogicalUnitCopyProperties(unit));
-    Owned<ObErrorRef> error;
-    MPIOLogicalUnitDisableAllPaths(unit, error.out());
-    const Owned<ObArrayRef> paths(MPIOLogicalUnitCopyPaths(unit));
-    failed = allocationFailed();
-    ASSERT_EQ(host->memory.registry().openHandles(), 0u);
-    touch(host->memory);
-    ASSERT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
-  }
-  EXPECT_GT(site, 50u);
+  const std::size_t sites = failEveryAllocation(
+      [&] {
+        touch(host->memory);
+        const Owned<ObArrayRef> units(MPIOCopyLogicalUnits());
+        const auto unit = at<MPIOLogicalUnitRef>(units, 0);
+        const Owned<ObDictionaryRef> properties(MPIOLogicalUnitCopyProperties(unit));
+        Owned<ObErrorRef> error;
+        MPIOLogicalUnitDisableAllPaths(unit, error.out());
+        const Owned<ObArrayRef> paths(MPIOLogicalUnitCopyPaths(unit));
+      },
+      [&](bool) {
+        EXPECT_EQ(host->memory.registry().openHandles(), 0u);
+        touch(host->memory);
+        EXPECT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
+      });
+  EXPECT_GT(sites, 50u);
 }
 
 TEST_F(Allocation, InTheHostStaysInsideTheCall) {
@@ -99,41 +88,42 @@ TEST_F(Allocation, InTheHostStaysInsideTheCall) {
 
 TEST_F(Allocation, WhileTheManagerIsMadeLeavesItToTheNextTime) {
   MPIOManagerTeardown();
-  std::size_t site = 0;
-  for (bool failed = true; failed; ++site) {
-    SCOPED_TRACE(site);
+  const auto initialize = [&] {
     touch(host->memory);
-    failAllocationAfter(site);
     MPIOManagerInitialize();
-    failed = allocationFailed();
-    MPIOManagerInitialize();
-    touch(host->memory);
-    ASSERT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
+  };
+  const std::size_t sites = failEveryAllocation(initialize, [&](bool) {
+    initialize();
+    EXPECT_EQ(ObArrayGetCount(Handles().units.get()), 2u);
+    const Handles handles;
     MPIOManagerTeardown();
     EXPECT_EQ(MPIOCopyLogicalUnits(), nullptr);
-  }
-  EXPECT_GT(site, 3u);
+    EXPECT_EQ(MPIOLogicalUnitCopyProperties(handles.unit()), nullptr);
+    EXPECT_EQ(knownPath(pathID(0, 0)), nullptr);
+    EXPECT_EQ(ObArrayGetCount(handles.paths().get()), 2u);  // handles live on
+    MPIOManagerTeardown();
+  });
+  EXPECT_GT(sites, 3u);
   MPIOManagerInitialize();
 }
 
 TEST_F(Allocation, DuringAScanLosesOnlyTheObjectThatCouldNotBeMade) {
-  bool pathsWithoutUnit = false, unitWithoutFirstPath = false, failed = true;
-  for (std::size_t site = 0; failed; ++site) {
-    SCOPED_TRACE(site);
+  bool pathsWithoutUnit = false, unitWithoutFirstPath = false;
+  const auto scan = [&] {
     touch(host->memory);
-    failAllocationAfter(site);
     MPIOManagerRescan(MPIORescanAll, nullptr);
-    failed = allocationFailed();
+  };
+  failEveryAllocation(scan, [&](bool) {
     const auto unit = knownLogicalUnit(unitID(0));
     const auto first = knownPath(pathID(0, 0));
     const auto second = knownPath(pathID(0, 1));
     for (const auto& path : {first, second}) {
       if (path == nullptr) continue;
-      ASSERT_EQ(path->matchingLogicalUnitEntryID(), unit == nullptr ? 0 : unitID(0));
+      EXPECT_EQ(path->matchingLogicalUnitEntryID(), unit == nullptr ? 0 : unitID(0));
     }
     pathsWithoutUnit |= unit == nullptr && first != nullptr && second != nullptr;
     unitWithoutFirstPath |= unit != nullptr && first == nullptr && second != nullptr;
-  }
+  });
   EXPECT_TRUE(pathsWithoutUnit);
   EXPECT_TRUE(unitWithoutFirstPath);
 }
@@ -144,10 +134,8 @@ TEST_F(Allocation, WhileARegistrationIsMadeLeavesNoHandleNorHoldsAnything) {
   registry.release(registry.findServiceByEntryID(unitID(0)));  // leaves room for a handle
   const auto matching = registry.classMatching(registry::kPathClass);
   const auto held = std::make_shared<int>();
-  std::size_t failures = 0;
-  for (bool failed = true; failed; failures += failed) {
-    RegistryHandle made = 0;
-    failAllocationAfter(failures);
+  RegistryHandle made = 0;
+  const auto add = [&] {
     try {
       made = registry
                  .addMatchingNotification(port, registry::kFirstMatchNotification, matching,
@@ -155,12 +143,13 @@ TEST_F(Allocation, WhileARegistrationIsMadeLeavesNoHandleNorHoldsAnything) {
                  .value;
     } catch (const std::bad_alloc&) {
     }
-    failed = allocationFailed();
-    EXPECT_EQ(registry.openHandles(), failed ? 1u : 2u) << failures;
-    EXPECT_EQ(held.use_count() == 1, failed) << failures;
-    registry.release(made);
-  }
-  EXPECT_GT(failures, 2u);
+  };
+  const std::size_t sites = failEveryAllocation(add, [&](bool failed) {
+    EXPECT_EQ(registry.openHandles(), failed ? 1u : 2u);
+    EXPECT_EQ(held.use_count() == 1, failed);
+  });
+  EXPECT_GT(sites, 2u);
+  registry.release(made);
   registry.destroyNotificationPort(port);
 }
 

@@ -2,13 +2,82 @@
 // owns.
 #include <gmock/gmock.h>
 
-#include <cstring>
-
 #include "tests/library/owned.hpp"
 #include "tests/support/library_host.hpp"
 
 namespace tavrenix::test {
 namespace {
+
+// A handle for functions of either kind, whatever it is.
+struct AnyHandle {
+  const void* handle;
+  operator MPIOLogicalUnitRef() const { return static_cast<MPIOLogicalUnitRef>(handle); }
+  operator MPIOLogicalUnitPathRef() const { return static_cast<MPIOLogicalUnitPathRef>(handle); }
+};
+
+struct Query {
+  std::function<ObTypeRef(AnyHandle)> call;
+  bool ofPath;
+  bool testsPresence;
+};
+const Query kQueries[] = {
+    {MPIOLogicalUnitCopyProperties, false, true},
+    {MPIOLogicalUnitCopyPaths, false, false},
+    {MPIOLogicalUnitCopyStatistics, false, true},
+    {MPIOLogicalUnitPathCopyProperties, true, false},
+    {MPIOLogicalUnitPathCopyLogicalUnit, true, true},
+    {MPIOLogicalUnitPathCopyStatistics, true, true},
+};
+
+Value algorithm(const char* name, std::int64_t count) {
+  return dictionary({{"Algorithm", text(name)}, {"Batch Count", number(count)}});
+}
+Value stateOfFirst(std::int64_t state) {
+  return dictionary({{"PathState", dictionary({{"0000", number(state)}})}});
+}
+Value stateOfAll(std::int64_t state) {
+  const auto all =
+      dictionary({{"0000", number(state)}, {"0001", number(state)}, {"0002", number(state)}});
+  return dictionary({{"PathState", all}});
+}
+
+// What a change asks for, and what it tells where it fails; null: without a word.
+struct Change {
+  std::function<bool(AnyHandle, ObErrorRef*)> call;
+  bool ofPath;
+  Value request;
+  const char* otherKind;  // of the handle
+  const char* absent;     // the manager knows the handle no more
+  const char* vanished;   // the manager knows it, the registry has no such entry
+  const char* refused;    // by the driver
+  const char* nameless;   // no path has an identifier
+};
+constexpr const char* kNotAUnit = "Bad logical unit object reference";
+constexpr const char* kNotAPath = "Bad path object reference";
+constexpr const char* kNotLocated = "Unable to locate needed service in KsRegistry";
+constexpr const char* kNotSet = "Unable to set property";
+constexpr const char* kNotEnabled = "Attempt to enable LUN with paths lacking IDs";
+constexpr const char* kNotDisabled = "Attempt to disable LUN with paths lacking IDs";
+const Change kChanges[] = {
+    {[](AnyHandle handle, ObErrorRef* error) {
+       return MPIOLogicalUnitSetAlgorithm(handle, kMPIOLogicalUnitAlgorithmLeastBytes, error);
+     },
+     false, algorithm("Least Bytes", 16), kNotAUnit, nullptr,
+     "KsServiceGetMatchingService failed to find entry matching specified entry ID",
+     "KsRegistryEntrySetObProperty failed", nullptr},
+    {[](AnyHandle handle, ObErrorRef* error) {
+       return MPIOLogicalUnitSetBatchCount(handle, 7, error);
+     },
+     false, algorithm("Least Bytes", 7), kNotAUnit, nullptr, nullptr, nullptr, nullptr},
+    {MPIOLogicalUnitPathEnable, true, stateOfFirst(0), kNotAPath, nullptr, kNotLocated, kNotSet,
+     kNotEnabled},
+    {MPIOLogicalUnitPathDisable, true, stateOfFirst(3), kNotAPath, kNotLocated, kNotLocated,
+     kNotSet, kNotDisabled},
+    {MPIOLogicalUnitEnableAllPaths, false, stateOfAll(0), kNotAUnit, nullptr, kNotLocated, kNotSet,
+     kNotEnabled},
+    {MPIOLogicalUnitDisableAllPaths, false, stateOfAll(3), nullptr, nullptr, kNotLocated, kNotSet,
+     kNotDisabled},
+};
 
 class Calls : public testing::Test {
  protected:
@@ -19,22 +88,29 @@ class Calls : public testing::Test {
           lastWrite = Value::retain(&value);
           return ++writes, status;
         });
+    takeHandles();
+  }
+  ~Calls() override { EXPECT_EQ(host->memory.registry().openHandles(), 0u); }
+
+  void takeHandles() {
     handles.emplace();
     unit = handles->unit();
     paths = handles->paths();
     path = at<MPIOLogicalUnitPathRef>(paths, 0);
   }
-  ~Calls() override { EXPECT_EQ(host->memory.registry().openHandles(), 0u); }
-
   void loseAll() {
-    host->memory.registry().removeEntry(unitID(0));
-    host->memory.registry().removeEntry(unitID(1));
+    for (const EntryID id : {unitID(0), unitID(1)}) host->memory.registry().removeEntry(id);
     touch(host->memory);
     const Handles rescan;
   }
-  template <class CRef>
-  static CRef disguised(const void* handle) {
-    return static_cast<CRef>(handle);
+  AnyHandle handle(bool ofPath) const { return ofPath ? AnyHandle{path} : AnyHandle{unit}; }
+  static void expectFailure(const Change& change, AnyHandle handle, const char* message,
+                            const std::string& codes) {
+    Owned<ObErrorRef> error;
+    EXPECT_FALSE(change.call(handle, error.out()));
+    EXPECT_FALSE(change.call(handle, nullptr));
+    const Owned<ObStringRef> told(ObErrorCopyDescription(error.get()));
+    EXPECT_EQ(utf8(told.get()), message == nullptr ? "<none>" : message + codes);
   }
 
   LibraryHost host;
@@ -51,180 +127,121 @@ TEST_F(Calls, HandlesAreOfTwoKinds) {
   EXPECT_EQ(ObGetTypeID(unit), MPIOLogicalUnitGetTypeID());
   EXPECT_EQ(ObGetTypeID(path), MPIOLogicalUnitPathGetTypeID());
   EXPECT_NE(MPIOLogicalUnitGetTypeID(), MPIOLogicalUnitPathGetTypeID());
-  EXPECT_NE(MPIOLogicalUnitGetTypeID(), ObStringGetTypeID());
-  EXPECT_TRUE(ObEqual(unit, unit));
   EXPECT_FALSE(ObEqual(unit, handles->unit(1)));
 }
 
-TEST_F(Calls, ANullHandleFailsWithoutAWord) {
-  Owned<ObErrorRef> error;
-  EXPECT_EQ(MPIOLogicalUnitCopyProperties(nullptr), nullptr);
-  EXPECT_EQ(MPIOLogicalUnitCopyPaths(nullptr), nullptr);
-  EXPECT_EQ(MPIOLogicalUnitPathCopyProperties(nullptr), nullptr);
-  EXPECT_EQ(MPIOLogicalUnitPathCopyLogicalUnit(nullptr), nullptr);
-  EXPECT_EQ(MPIOLogicalUnitCopyStatistics(nullptr), nullptr);
-  EXPECT_EQ(MPIOLogicalUnitPathCopyStatistics(nullptr), nullptr);
-  EXPECT_FALSE(MPIOLogicalUnitPathEnable(nullptr, error.out()));
-  EXPECT_FALSE(MPIOLogicalUnitPathDisable(nullptr, error.out()));
-  EXPECT_FALSE(MPIOLogicalUnitEnableAllPaths(nullptr, error.out()));
-  EXPECT_FALSE(MPIOLogicalUnitDisableAllPaths(nullptr, error.out()));
-  EXPECT_FALSE(
-      MPIOLogicalUnitSetAlgorithm(nullptr, kMPIOLogicalUnitAlgorithmLeastBytes, error.out()));
-  EXPECT_FALSE(MPIOLogicalUnitSetBatchCount(nullptr, 1, error.out()));
-  EXPECT_EQ(MPIOCopyLogicalUnitForService(0), nullptr);
-  EXPECT_EQ(MPIOCopyLogicalUnitPathForService(0), nullptr);
-  EXPECT_FALSE(error);
-}
-
-TEST_F(Calls, AHandleOfTheOtherKindIsToldExceptToDisableAllPaths) {
-  const auto notAUnit = disguised<MPIOLogicalUnitRef>(path);
-  const auto notAPath = disguised<MPIOLogicalUnitPathRef>(unit);
-  EXPECT_EQ(MPIOLogicalUnitCopyProperties(notAUnit), nullptr);
-  EXPECT_EQ(MPIOLogicalUnitCopyPaths(notAUnit), nullptr);
-  EXPECT_EQ(MPIOLogicalUnitPathCopyProperties(notAPath), nullptr);
-  EXPECT_EQ(MPIOLogicalUnitCopyStatistics(disguised<MPIOLogicalUnitRef>(kMPIOLogicalUnitAliasKey)),
-            nullptr);
-
-  struct Case {
-    const char* message;  // null: none is told
-    std::function<bool(ObErrorRef*)> call;
-  };
-  const Case cases[] = {
-      {"Bad path object reference",
-       [&](ObErrorRef* e) { return MPIOLogicalUnitPathEnable(notAPath, e); }},
-      {"Bad path object reference",
-       [&](ObErrorRef* e) { return MPIOLogicalUnitPathDisable(notAPath, e); }},
-      {"Bad logical unit object reference",
-       [&](ObErrorRef* e) { return MPIOLogicalUnitEnableAllPaths(notAUnit, e); }},
-      {nullptr, [&](ObErrorRef* e) { return MPIOLogicalUnitDisableAllPaths(notAUnit, e); }},
-      {"Bad logical unit object reference",
-       [&](ObErrorRef* e) { return MPIOLogicalUnitSetAlgorithm(notAUnit, nullptr, e); }},
-      {"Bad logical unit object reference",
-       [&](ObErrorRef* e) { return MPIOLogicalUnitSetBatchCount(notAUnit, 0, e); }},
-  };
-  for (const Case& each : cases) {
-    Owned<ObErrorRef> error;
-    EXPECT_FALSE(each.call(error.out()));
-    EXPECT_FALSE(each.call(nullptr));
-    ASSERT_EQ(static_cast<bool>(error), each.message != nullptr);
-    if (each.message == nullptr) continue;
-    EXPECT_EQ(utf8(ObErrorGetDomain(error.get())), each.message);
-    EXPECT_EQ(ObErrorGetCode(error.get()), kMPIOErrorBadArgument);
-    EXPECT_EQ(ObErrorGetUserInfo(error.get()), nullptr);
+TEST_F(Calls, AQueryAnswersForAHandleOfItsKindAndOnlySomeTestWhetherItIsPresent) {
+  for (const Query& each : kQueries) {
+    SCOPED_TRACE(&each - kQueries);
+    EXPECT_TRUE(Owned<ObTypeRef>(each.call(handle(each.ofPath))));
+    for (const void* none : {static_cast<const void*>(nullptr), handle(!each.ofPath).handle,
+                             static_cast<const void*>(kMPIOLogicalUnitAliasKey)}) {
+      EXPECT_EQ(each.call({none}), nullptr);
+    }
   }
-  EXPECT_EQ(writes, 0);
-}
-
-TEST_F(Calls, OnlySomeTestWhetherTheHandleIsPresent) {
   loseAll();
-  Owned<ObErrorRef> error;
-  EXPECT_EQ(MPIOLogicalUnitCopyProperties(unit), nullptr);
-  EXPECT_EQ(MPIOLogicalUnitPathCopyLogicalUnit(path), nullptr);
-  EXPECT_EQ(MPIOLogicalUnitCopyStatistics(unit), nullptr);
-  EXPECT_EQ(MPIOLogicalUnitPathCopyStatistics(path), nullptr);
-  EXPECT_FALSE(MPIOLogicalUnitPathEnable(path, error.out()));
-  EXPECT_FALSE(MPIOLogicalUnitEnableAllPaths(unit, error.out()));
-  EXPECT_FALSE(MPIOLogicalUnitDisableAllPaths(unit, error.out()));
-  EXPECT_FALSE(MPIOLogicalUnitSetAlgorithm(unit, kMPIOLogicalUnitAlgorithmLeastBytes, error.out()));
-  EXPECT_FALSE(MPIOLogicalUnitSetBatchCount(unit, 0, error.out()));
-  EXPECT_FALSE(error);
-  EXPECT_TRUE(Owned<ObDictionaryRef>(MPIOLogicalUnitPathCopyProperties(path)));
-  EXPECT_EQ(ObArrayGetCount(handles->paths().get()), 3u);
-  EXPECT_FALSE(MPIOLogicalUnitPathDisable(path, error.out()));  // goes on to the model
-  ASSERT_TRUE(error);
-  EXPECT_EQ(utf8(ObErrorGetDomain(error.get())), "Unable to locate needed service in KsRegistry");
-}
-
-TEST_F(Calls, AnAlgorithmIsChosenByItsExactValue) {
-  ObStringRef lower = ObStringCreateWithUTF8("logical unit algorithm round robin");
-  ObStringRef copy = ObStringCreateWithUTF8("Logical Unit Algorithm Round Robin");
-  Owned<ObErrorRef> error;
-  EXPECT_FALSE(MPIOLogicalUnitSetAlgorithm(unit, lower, error.out()));
-  EXPECT_FALSE(MPIOLogicalUnitSetAlgorithm(unit, nullptr, error.out()));
-  EXPECT_EQ(writes, 0);
-  EXPECT_TRUE(MPIOLogicalUnitSetAlgorithm(unit, copy, error.out()));
-  EXPECT_TRUE(
-      MPIOLogicalUnitSetAlgorithm(unit, kMPIOLogicalUnitAlgorithmLeastQueueDepth, error.out()));
-  EXPECT_TRUE(MPIOLogicalUnitSetAlgorithm(unit, kMPIOLogicalUnitAlgorithmLeastBytes, error.out()));
-  EXPECT_EQ(writes, 3);
-  EXPECT_FALSE(error);
-  ObRelease(lower);
-  ObRelease(copy);
+  for (const Query& each : kQueries) {
+    SCOPED_TRACE(&each - kQueries);
+    const Owned<ObTypeRef> answer(each.call(handle(each.ofPath)));
+    EXPECT_EQ(static_cast<bool>(answer), !each.testsPresence);
+  }
 }
 
 TEST_F(Calls, EachChangeAsksForWhatItsNameSays) {
-  const auto algorithm = [](const char* name, std::int64_t count) {
-    return dictionary({{"Algorithm", text(name)}, {"Batch Count", number(count)}});
-  };
-  const auto states = [](std::initializer_list<std::pair<std::string_view, Value>> each) {
-    return dictionary({{"PathState", dictionary(each)}});
-  };
-  const auto all = [&](std::int64_t state) {
-    return states({{"0000", number(state)}, {"0001", number(state)}, {"0002", number(state)}});
-  };
-  struct Case {
-    Value request;
-    std::function<bool()> call;
-  };
-  const auto setTo = [&](ObStringRef value) {
-    return [=, this] { return MPIOLogicalUnitSetAlgorithm(unit, value, nullptr); };
-  };
-  const Case cases[] = {
-      {algorithm("Modified Round Robin", 16), setTo(kMPIOLogicalUnitAlgorithmRoundRobin)},
-      {algorithm("Least Queue Depth", 16), setTo(kMPIOLogicalUnitAlgorithmLeastQueueDepth)},
-      {algorithm("Least Bytes", 16), setTo(kMPIOLogicalUnitAlgorithmLeastBytes)},
-      {algorithm("Least Bytes", 7), [&] { return MPIOLogicalUnitSetBatchCount(unit, 7, nullptr); }},
-      {states({{"0000", number(0)}}), [&] { return MPIOLogicalUnitPathEnable(path, nullptr); }},
-      {states({{"0000", number(3)}}), [&] { return MPIOLogicalUnitPathDisable(path, nullptr); }},
-      {all(0), [&] { return MPIOLogicalUnitEnableAllPaths(unit, nullptr); }},
-      {all(3), [&] { return MPIOLogicalUnitDisableAllPaths(unit, nullptr); }},
-  };
-  for (const Case& each : cases) {
-    SCOPED_TRACE(&each - cases);
-    EXPECT_TRUE(each.call());
-    ASSERT_TRUE(lastWrite);
+  for (const Change& each : kChanges) {
+    SCOPED_TRACE(&each - kChanges);
+    EXPECT_TRUE(each.call(handle(each.ofPath), nullptr));
     EXPECT_TRUE(lastWrite->equals(*each.request));
   }
 }
 
-TEST_F(Calls, ErrorsAreHandedOutWithOneReference) {
+TEST_F(Calls, AChangeTestsItsHandleBeforeAllElse) {
+  for (const Change& each : kChanges) {
+    SCOPED_TRACE(&each - kChanges);
+    expectFailure(each, {nullptr}, nullptr, "");
+    expectFailure(each, handle(!each.ofPath), each.otherKind, " (error 0x08000001)");
+  }
+  EXPECT_FALSE(MPIOLogicalUnitSetBatchCount(nullptr, 0, nullptr));
+  loseAll();
+  for (const Change& each : kChanges) {
+    SCOPED_TRACE(&each - kChanges);
+    expectFailure(each, handle(each.ofPath), each.absent, " (error 0x08000002)");
+  }
   Owned<ObErrorRef> error;
   EXPECT_FALSE(MPIOLogicalUnitSetBatchCount(unit, 0, error.out()));
-  ASSERT_TRUE(error);
-  EXPECT_EQ(utf8(ObErrorGetDomain(error.get())), "newBatchCount cannot be 0");
+  EXPECT_FALSE(error);
   EXPECT_EQ(writes, 0);
+}
+
+TEST_F(Calls, AChangeTellsWhyTheRequestWasNotTaken) {
+  status = -16;
+  for (const Change& each : kChanges) {
+    SCOPED_TRACE(&each - kChanges);
+    expectFailure(each, handle(each.ofPath), each.refused, " (error 0x08000003, result -16)");
+  }
+  host->memory.registry().removeEntry(unitID(0));
+  for (const Change& each : kChanges) {
+    SCOPED_TRACE(&each - kChanges);
+    expectFailure(each, handle(each.ofPath), each.vanished, " (error 0x08000002)");
+  }
+}
+
+TEST_F(Calls, AChangeOfPathsNeedsAnIdentifier) {
+  for (std::uint64_t i = 0; i < 3; ++i) {
+    setProperty(host->memory, pathID(0, i), "Logical Unit Path Identifier", nullptr);
+  }
+  touch(host->memory);
+  takeHandles();
+  for (const Change& each : kChanges) {
+    if (each.nameless == nullptr) continue;
+    expectFailure(each, handle(each.ofPath), each.nameless, " (error 0x08000004)");
+  }
+  EXPECT_EQ(writes, 0);
+}
+
+TEST_F(Calls, AnAlgorithmIsChosenByItsExactValue) {
+  const Owned<ObStringRef> lower(ObStringCreateWithUTF8("logical unit algorithm round robin"));
+  const Owned<ObStringRef> copy(ObStringCreateWithUTF8("Logical Unit Algorithm Round Robin"));
+  Owned<ObErrorRef> error;
+  EXPECT_FALSE(MPIOLogicalUnitSetAlgorithm(unit, lower.get(), error.out()));
+  EXPECT_FALSE(MPIOLogicalUnitSetAlgorithm(unit, nullptr, error.out()));
+  EXPECT_FALSE(error);
+  EXPECT_EQ(writes, 0);
+  EXPECT_TRUE(MPIOLogicalUnitSetAlgorithm(unit, kMPIOLogicalUnitAlgorithmLeastQueueDepth, nullptr));
+  EXPECT_TRUE(lastWrite->equals(*algorithm("Least Queue Depth", 16)));
+  EXPECT_TRUE(MPIOLogicalUnitSetAlgorithm(unit, copy.get(), nullptr));
+  EXPECT_TRUE(lastWrite->equals(*algorithm("Modified Round Robin", 16)));
+}
+
+TEST_F(Calls, ErrorsAreHandedOutWithOneReferenceAndOnlyWhereThereIsOne) {
+  Owned<ObErrorRef> error;
+  EXPECT_FALSE(MPIOLogicalUnitSetBatchCount(unit, 0, error.out()));
+  EXPECT_EQ(utf8(ObErrorGetDomain(error.get())), "newBatchCount cannot be 0");
+  EXPECT_EQ(ObErrorGetUserInfo(error.get()), nullptr);
   EXPECT_EQ(static_cast<const ob::Object*>(static_cast<const void*>(error.get()))->retainCount(),
             1u);
+  EXPECT_EQ(writes, 0);
 
   const ObErrorRef before = error.get();
-  EXPECT_TRUE(MPIOLogicalUnitSetBatchCount(unit, 5, error.out()));  // success writes nothing
-  EXPECT_EQ(error.get(), before);
+  EXPECT_TRUE(MPIOLogicalUnitSetBatchCount(unit, 5, error.out()));
   status = -16;
-  EXPECT_FALSE(
-      MPIOLogicalUnitSetBatchCount(unit, 5, error.out()));  // nor a failure without an error
+  EXPECT_FALSE(MPIOLogicalUnitSetBatchCount(unit, 5, error.out()));
   EXPECT_EQ(error.get(), before);
-  ObErrorRef refused = nullptr;
-  EXPECT_FALSE(MPIOLogicalUnitEnableAllPaths(unit, &refused));
-  Owned<ObStringRef> description(ObErrorCopyDescription(refused));
-  EXPECT_EQ(utf8(description.get()), "Unable to set property (error 0x08000003, result -16)");
-  ObRelease(refused);
 }
 
 TEST_F(Calls, WhatIsReturnedIsACopyOfItsMoment) {
-  Owned<ObDictionaryRef> before(MPIOLogicalUnitCopyProperties(unit));
+  const Owned<ObDictionaryRef> before(MPIOLogicalUnitCopyProperties(unit));
   setProperty(host->memory, unitID(0), "Logical Unit Alias", text("renamed"));
   EXPECT_EQ(textUnder(before.get(), kMPIOLogicalUnitAliasKey), "unit 0");
-  Owned<ObDictionaryRef> after(MPIOLogicalUnitCopyProperties(unit));
+  const Owned<ObDictionaryRef> after(MPIOLogicalUnitCopyProperties(unit));
   EXPECT_EQ(textUnder(after.get(), kMPIOLogicalUnitAliasKey), "renamed");
   EXPECT_EQ(ObDictionaryGetValue(after.get(), kMPIOLogicalUnitAlgorithmKey),
             kMPIOLogicalUnitAlgorithmRoundRobin);
 }
 
 TEST_F(Calls, PathsLeadToTheirUnitWhileItLives) {
-  Owned<MPIOLogicalUnitRef> owner(MPIOLogicalUnitPathCopyLogicalUnit(path));
-  EXPECT_EQ(owner.get(), unit);
-  owner = Owned<MPIOLogicalUnitRef>();
-  Owned<MPIOLogicalUnitPathRef> kept(static_cast<MPIOLogicalUnitPathRef>(ObRetain(path)));
+  EXPECT_EQ(Owned<MPIOLogicalUnitRef>(MPIOLogicalUnitPathCopyLogicalUnit(path)).get(), unit);
+  const Owned<MPIOLogicalUnitPathRef> kept(static_cast<MPIOLogicalUnitPathRef>(ObRetain(path)));
   touch(host->memory);
   handles.emplace();  // the old unit goes; its entry is still there
   EXPECT_FALSE(Owned<MPIOLogicalUnitRef>(MPIOLogicalUnitPathCopyLogicalUnit(kept.get())));
@@ -242,22 +259,11 @@ TEST_F(Calls, HandlesAreFoundByRegistryObject) {
             path);
   EXPECT_EQ(MPIOCopyLogicalUnitForService(pathEntry.get()), nullptr);
   EXPECT_EQ(MPIOCopyLogicalUnitPathForService(unitEntry.get()), nullptr);
+  EXPECT_EQ(MPIOCopyLogicalUnitForService(0), nullptr);
+  EXPECT_EQ(MPIOCopyLogicalUnitPathForService(0), nullptr);
   host->watch.failAll(Operation::kGetEntryID);
   EXPECT_EQ(MPIOCopyLogicalUnitForService(unitEntry.get()), nullptr);
   EXPECT_EQ(MPIOCopyLogicalUnitPathForService(pathEntry.get()), nullptr);
-}
-
-TEST_F(Calls, StatisticsOfAUnitNeverFailAndOfAPathMay) {
-  EXPECT_EQ(ObDictionaryGetCount(Owned<ObDictionaryRef>(MPIOLogicalUnitCopyStatistics(unit)).get()),
-            5u);
-  EXPECT_EQ(
-      ObDictionaryGetCount(Owned<ObDictionaryRef>(MPIOLogicalUnitPathCopyStatistics(path)).get()),
-      6u);
-  host->watch.failAll(Operation::kTunable);
-  testing::internal::CaptureStderr();
-  EXPECT_TRUE(Owned<ObDictionaryRef>(MPIOLogicalUnitCopyStatistics(unit)));
-  EXPECT_FALSE(Owned<ObDictionaryRef>(MPIOLogicalUnitPathCopyStatistics(path)));
-  testing::internal::GetCapturedStderr();
 }
 
 }  // namespace

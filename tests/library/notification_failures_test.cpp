@@ -5,6 +5,7 @@
 #include "runtime/pool.hpp"
 #include "tests/library/failing_new.hpp"
 #include "tests/library/notification_clients.hpp"
+#include "tests/support/every_failure.hpp"
 
 namespace tavrenix::test {
 namespace {
@@ -43,9 +44,9 @@ class CreationFails : public testing::Test {
 };
 
 TEST_F(CreationFails, OnAQueueWithTheErrorOfTheStepAndNothingUndone) {
-  for (std::size_t step = 0; step < std::size(kFailures); ++step) {
+  for (const Failure& expected : kFailures) {
+    const std::ptrdiff_t step = &expected - kFailures;
     SCOPED_TRACE(step);
-    const Failure& expected = kFailures[step];
     const ob::Pool pool;
     const std::size_t handles = storage.registry().openHandles();
     const std::uint32_t ports = gMPIOActiveNotificationPorts;
@@ -53,142 +54,104 @@ TEST_F(CreationFails, OnAQueueWithTheErrorOfTheStepAndNothingUndone) {
     {
       const HeldQueue held(client.queue.get());
       host->watch.reset();
-      host->watch.failAt(step);
+      host->watch.failAt(static_cast<std::size_t>(step));
       EXPECT_FALSE(client.start());
       host->watch.reset();
     }
-    ASSERT_NE(client.error, nullptr);
-    EXPECT_EQ(utf8(ObErrorGetDomain(client.error)), expected.message);
-    EXPECT_EQ(ObErrorGetCode(client.error), expected.code);
     const auto* error = ob::fromC<ob::Error>(client.error);
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->domain().view(), expected.message);
+    EXPECT_EQ(error->code(), expected.code);
     EXPECT_EQ(error->retainCount(), 1u) << "the pool's alone";
-    if (expected.code == kMPIOErrorNotificationFailed) {
-      EXPECT_EQ(numberUnder(error->userInfo(), *ob::String::make("Error Result Code")),
-                kInjectedStatus);
-    } else {
-      EXPECT_EQ(error->userInfo(), nullptr);
-    }
+    const bool withResult = expected.code == kMPIOErrorNotificationFailed;
+    EXPECT_EQ(numberUnder(error->userInfo(), *ob::String::make("Error Result Code")),
+              withResult ? kInjectedStatus : -999);
     EXPECT_EQ(storage.registry().openHandles() - handles, expected.handlesLeft);
     EXPECT_EQ(gMPIOActiveNotificationPorts - ports, expected.portsCounted);
     EXPECT_EQ(client.take().size(), expected.callsLeft) << "tasks that were queued by then";
+    addUnits(storage, {.units = 2, .paths = 2});
+    removeUnit(storage, 1, 2);
+    client.settle();
+    EXPECT_TRUE(client.events.empty()) << "later events reach nobody";
   }
 }
 
-TEST_F(CreationFails, OnAQueueAndLaterEventsReachNobody) {
+TEST_F(CreationFails, OnAQueueAlsoWhereNobodyWantsTheErrorWhichIsClearedFirst) {
   QueueClient client;
-  host->watch.failAt(std::size(kFailures) - 1);
-  {
-    const HeldQueue held(client.queue.get());
-    host->watch.reset();
-    host->watch.failAt(std::size(kFailures) - 1);
-    ASSERT_FALSE(client.start());
-    host->watch.reset();
-  }
-  client.take();
-  removePath(storage, 0, 0);
-  addUnits(storage, {.units = 2, .paths = 2});
-  client.settle();
-  EXPECT_TRUE(client.events.empty());
-}
-
-TEST_F(CreationFails, OnAQueueAlsoWhereNobodyWantsTheError) {
-  QueueClient client;
-  host->watch.failAll(Operation::kCreateNotificationPort);
-  EXPECT_EQ(MPIONotificationCreateWithDispatchQueue(&client.block, client.queue.get(), nullptr),
-            nullptr);
+  client.error = reinterpret_cast<ObErrorRef>(&client);
+  EXPECT_TRUE(client.start());
+  EXPECT_EQ(client.error, nullptr);
   EXPECT_EQ(MPIONotificationCreateWithDispatchQueue(&client.block, nullptr, nullptr), nullptr);
 }
 
-TEST_F(CreationFails, OnAQueueTheErrorIsClearedFirst) {
-  QueueClient client;
-  int something = 0;
-  client.error = reinterpret_cast<ObErrorRef>(&something);
-  EXPECT_TRUE(client.start());
-  EXPECT_EQ(client.error, nullptr);
-}
-
 TEST_F(CreationFails, OnAQueueAtEveryAllocation) {
-  for (std::size_t successes = 0;; ++successes) {
-    SCOPED_TRACE(successes);
-    const ob::Pool pool;
-    QueueClient client;
-    failAllocationAfter(successes);
-    const bool started = client.start();
-    if (!allocationFailed()) {
-      EXPECT_TRUE(started);
-      EXPECT_GT(successes, 10u);
-      break;
-    }
-    ASSERT_FALSE(started);
-    EXPECT_EQ(utf8(ObErrorGetDomain(client.error)), "Failed to allocate an internal structure");
-    EXPECT_EQ(ObErrorGetCode(client.error), kMPIOErrorNoResources);
-    client.settle();
-  }
+  const ob::Pool pool;
+  QueueClient client;
+  bool started = false;
+  const std::size_t sites = failEveryAllocation(
+      [&] { started = client.start(); },
+      [&](bool failed) {
+        EXPECT_EQ(started, !failed);
+        if (!failed) return;
+        EXPECT_EQ(utf8(ObErrorGetDomain(client.error)), "Failed to allocate an internal structure");
+        EXPECT_EQ(ObErrorGetCode(client.error), kMPIOErrorNoResources);
+        client.settle();
+      });
+  EXPECT_GT(sites, 10u);
 }
 
 // Every operation of the host that the add brings about, those of the handlers included.
 TEST_F(CreationFails, OnARunLoopSilentlyAtEverySite) {
-  std::size_t sites = 0;
-  for (std::size_t site = 0; site <= sites; ++site) {
-    SCOPED_TRACE(site);
-    RunLoopClient client;
+  RunLoopClient client;
+  const auto start = [&] {
     touch(storage);
-    host->watch.reset();
-    host->watch.failAt(site);
-    ASSERT_TRUE(client.start());
-    if (site == 0) sites = 20;
-    sites = std::max(sites, host->watch.failable());
-    host->watch.reset();
+    EXPECT_TRUE(client.start());
+  };
+  const std::size_t sites = failEveryOperation(host->watch, start, [&] {
     client.stop();
     EXPECT_EQ(storage.registry().openHandles(), 0u);
     client.take();
-    touch(storage);
-    ASSERT_TRUE(client.start());
+    start();
     EXPECT_EQ(client.take().size(), 3u) << "does not heal";
-  }
+    client.stop();
+  });
   EXPECT_GT(sites, 20u);
 }
 
-TEST_F(CreationFails, OnARunLoopWithoutAPortAsksForNothingMore) {
-  RunLoopClient client;
-  host->watch.reset();
-  host->watch.failAll(Operation::kCreateNotificationPort);
-  ASSERT_TRUE(client.start());
-  EXPECT_EQ(host->watch.registryOperations(), 1u);
-  client.stop();
-}
-
-TEST_F(CreationFails, OnARunLoopWithoutAPortSourceLeavesThePortThatCancellingCounts) {
+TEST_F(CreationFails, OnARunLoopWithoutAPortOrItsSourceAsksForNothingMore) {
   const std::uint32_t ports = gMPIOActiveNotificationPorts;
   RunLoopClient client;
-  host->watch.failAll(Operation::kGetRunLoopSource);
-  ASSERT_TRUE(client.start());
-  host->watch.reset();
-  EXPECT_EQ(storage.registry().openHandles(), 1u);
-  EXPECT_EQ(gMPIOActiveNotificationPorts, ports);
-  client.stop();
-  EXPECT_EQ(storage.registry().openHandles(), 0u);
-  EXPECT_EQ(gMPIOActiveNotificationPorts, ports - 1);
+  for (const auto& [failing, handlesLeft] : {std::pair{Operation::kCreateNotificationPort, 0u},
+                                             std::pair{Operation::kGetRunLoopSource, 1u}}) {
+    host->watch.reset();
+    host->watch.failAll(failing);
+    ASSERT_TRUE(client.start());
+    EXPECT_EQ(host->watch.registryOperations(), 1u + handlesLeft);
+    EXPECT_EQ(storage.registry().openHandles(), handlesLeft);
+    EXPECT_EQ(gMPIOActiveNotificationPorts, ports);
+    client.stop();
+    EXPECT_EQ(storage.registry().openHandles(), 0u);
+  }
+  EXPECT_EQ(gMPIOActiveNotificationPorts, ports - 1) << "the port without a source, when cancelled";
   gMPIOActiveNotificationPorts = ports;
 }
 
 TEST_F(CreationFails, OnARunLoopAtEveryAllocation) {
-  for (std::size_t successes = 0;; ++successes) {
-    SCOPED_TRACE(successes);
+  std::optional<RunLoopClient> client;
+  std::size_t withoutSource = 0;
+  const auto start = [&] {
     touch(storage);
-    failAllocationAfter(successes);
-    RunLoopClient client;
-    const bool failedToMake = !client.source;
-    if (client.source) client.start();
-    if (!allocationFailed()) {
-      EXPECT_EQ(client.take().size(), 3u);
-      EXPECT_GT(successes, 50u);
-      break;
-    }
-    EXPECT_EQ(failedToMake, successes < 3);  // the record, its weak cell, the source
-    if (client.source) client.stop();
-    ASSERT_EQ(storage.registry().openHandles(), 0u);
-  }
+    client.emplace();
+    if (client->source) client->start();
+  };
+  const std::size_t sites = failEveryAllocation(start, [&](bool failed) {
+    EXPECT_TRUE(failed || client->take().size() == 3u);
+    if (!client->source) ++withoutSource;
+    client.reset();
+    EXPECT_EQ(storage.registry().openHandles(), 0u);
+  });
+  EXPECT_GT(sites, 50u);
+  EXPECT_EQ(withoutSource, 3u) << "the record, its weak cell, the source";
 }
 
 }  // namespace

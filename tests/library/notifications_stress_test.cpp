@@ -3,7 +3,6 @@
 // an entry comes before it goes.
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <future>
 #include <map>
 #include <mutex>
@@ -26,17 +25,15 @@ void query() {
   const std::lock_guard lock(serial);
   const Handles handles;
   for (std::size_t i = 0; i < ObArrayGetCount(handles.units.get()); ++i) {
-    Owned<ObDictionaryRef>(MPIOLogicalUnitCopyProperties(handles.unit(i)));
+    const Owned<ObDictionaryRef> ofUnit(MPIOLogicalUnitCopyProperties(handles.unit(i)));
     const auto paths = handles.paths(i);
-    if (ObArrayGetCount(paths.get()) == 0) continue;
-    Owned<ObDictionaryRef>(MPIOLogicalUnitPathCopyProperties(at<MPIOLogicalUnitPathRef>(paths, 0)));
+    const Owned<ObDictionaryRef> ofPath(
+        MPIOLogicalUnitPathCopyProperties(at<MPIOLogicalUnitPathRef>(paths, 0)));
   }
 }
 
 void waitUntilSettled(const memory::MemoryRegistry& registry) {
-  while (!registry.notificationsAreSettled()) {
-    std::this_thread::sleep_for(std::chrono::microseconds(100));
-  }
+  while (!registry.notificationsAreSettled()) std::this_thread::yield();
 }
 
 void comeAndGo(memory::MemoryHost& storage) {
@@ -54,18 +51,16 @@ void comeAndGo(memory::MemoryHost& storage) {
 }
 
 void expectAll(const std::vector<Event>& events) {
-  ASSERT_EQ(events.size(), kRounds * kEntries * 2);
+  const std::map<ObStringRef, ObStringRef> departureOf = {
+      {kMPIOLogicalUnitAppearedNotification, kMPIOLogicalUnitDisappearedNotification},
+      {kMPIOLogicalUnitPathAppearedNotification, kMPIOLogicalUnitPathDisappearedNotification}};
   std::map<EntryID, std::vector<Event>> byEntry;
   for (const Event& event : events) byEntry[event.id].push_back(event);
   ASSERT_EQ(byEntry.size(), kEntries);
   for (const auto& [id, ofEntry] : byEntry) {
     ASSERT_EQ(ofEntry.size(), kRounds * 2) << id;
     for (std::size_t i = 0; i < ofEntry.size(); i += 2) {
-      const bool came = ofEntry[i].kind == kMPIOLogicalUnitAppearedNotification ||
-                        ofEntry[i].kind == kMPIOLogicalUnitPathAppearedNotification;
-      const bool went = ofEntry[i + 1].kind == kMPIOLogicalUnitDisappearedNotification ||
-                        ofEntry[i + 1].kind == kMPIOLogicalUnitPathDisappearedNotification;
-      ASSERT_TRUE(came && went) << id;
+      ASSERT_EQ(departureOf.at(ofEntry[i].kind), ofEntry[i + 1].kind) << id;
       ASSERT_EQ(ofEntry[i].handle, ofEntry[i + 1].handle) << id;
     }
   }

@@ -8,8 +8,8 @@
 #include "model/keys.hpp"
 #include "model/registry_names.hpp"
 #include "runtime/pool.hpp"
+#include "tests/support/every_failure.hpp"
 #include "tests/support/storage.hpp"
-#include "tests/support/watched.hpp"
 
 namespace tavrenix::test {
 namespace {
@@ -34,62 +34,67 @@ class LogicalUnit : public testing::Test {
     }
     return names;
   }
-  void addMedia(EntryID id, bool leaf, std::string_view content) {
-    host.memory.registry().addEntry(id, "KsMedia", {wholeDiskID(0)},
-                                    dictionary({{"Leaf", flag(leaf)}, {"Content", text(content)}}));
-    host.memory.disks().set(
-        id, {.volumeName = ob::String::make(content), .bsdName = {}, .mediaSize = {}});
+  // With a volume of that name.
+  void addMedia(EntryID id, const char* name, const ob::Ref<const ob::Dictionary>& properties,
+                const char* className = "KsMedia") {
+    host.memory.registry().addEntry(id, className, {wholeDiskID(0)}, properties);
+    host.memory.disks().set(id,
+                            {.volumeName = ob::String::make(name), .bsdName = {}, .mediaSize = {}});
   }
 
   WatchedHost host;
+  const Value yes = flag(true), no = flag(false);
 };
 
 TEST_F(LogicalUnit, PublishesWhatTheRegistrySays) {
-  const auto properties = make()->getProperties();
-  EXPECT_EQ(properties->pairs().size(), 7u);
-  EXPECT_EQ(textUnder(properties.get(), keys::kMPIOLogicalUnitIdentifierKey),
-            "600A0B80000000000000000000000000");
-  EXPECT_EQ(textUnder(properties.get(), keys::kMPIOLogicalUnitAliasKey), "unit 0");
-  EXPECT_EQ(textUnder(properties.get(), keys::kMPIOLogicalUnitVendorIDKey), "MAKER");
-  EXPECT_EQ(textUnder(properties.get(), keys::kMPIOLogicalUnitProductIDKey), "ARRAY");
-  EXPECT_EQ(properties->value(keys::kMPIOLogicalUnitAlgorithmKey),
-            &keys::kMPIOLogicalUnitAlgorithmRoundRobin);
-  EXPECT_EQ(numberUnder(properties.get(), keys::kMPIOLogicalUnitBatchCountKey), 16);
+  const auto unit = make();
+  const auto expected =
+      dictionary({{"Logical Unit Identifier", text("600A0B80000000000000000000000000")},
+                  {"Logical Unit Alias", text("unit 0")},
+                  {"Logical Unit Vendor ID", text("MAKER")},
+                  {"Logical Unit Product ID", text("ARRAY")},
+                  {"Logical Unit Algorithm", text("Logical Unit Algorithm Round Robin")},
+                  {"Logical Unit Batch Count", number(16)},
+                  {"Logical Unit Volumes Dictionary Array", unit->logicalUnitVolumesArray()}});
+  EXPECT_TRUE(unit->getProperties()->equals(*expected));
 }
 
-TEST_F(LogicalUnit, ThatTheRegistryHardlyDescribesReportsLeastBytesAndNoBatchCount) {
+TEST_F(LogicalUnit, OfAnUnknownOrCombinedAlgorithmReportsLeastBytes) {
   host.memory.registry().addEntry(7, std::string(registry::kLogicalUnitClass), {}, dictionary({}));
   const auto unit = make(7);
-  const auto properties = unit->getProperties();
-  EXPECT_EQ(unit->logicalUnitAlgorithm(), 0u);
-  EXPECT_EQ(properties->value(keys::kMPIOLogicalUnitAlgorithmKey),
-            &keys::kMPIOLogicalUnitAlgorithmLeastBytes);
-  EXPECT_EQ(numberUnder(properties.get(), keys::kMPIOLogicalUnitBatchCountKey), 0);
-  EXPECT_EQ(properties->pairs().size(), 3u);  // these two and the empty array of volumes
+  const ob::Pool pool;
+  for (const std::uint32_t code : {0u, 12u, 20u, 24u}) {
+    unit->setAlgorithm(code, nullptr);
+    EXPECT_EQ(unit->logicalUnitAlgorithm(), code);
+    EXPECT_TRUE(unit->getProperties()->equals(
+        *dictionary({{"Logical Unit Algorithm", text("Logical Unit Algorithm Least Bytes")},
+                     {"Logical Unit Batch Count", number(0)},
+                     {"Logical Unit Volumes Dictionary Array", unit->logicalUnitVolumesArray()}})));
+  }
 }
 
-TEST_F(LogicalUnit, KeepsWhatDisappearsFromItsEntry) {
+TEST_F(LogicalUnit, KeepsWhatTheRegistryDoesNotSay) {
   const auto unit = make();
+  const auto before = unit->getProperties();
+  ob::Ref<const ob::Dictionary> after;
+  const auto read = [&] { after = unit->getProperties(); };
+  failEveryOperation(host.watch, read, [&] {
+    for (const auto& [key, value] : before->pairs()) {
+      if (key->view() == "Logical Unit Volumes Dictionary Array") continue;
+      EXPECT_TRUE(value->equals(*after->value(*key))) << key->view();
+    }
+  });
   for (const char* name : {"Logical Unit Alias", "Vendor Identification", "Product Identification",
                            "Load Balancing Algorithm", "Logical Unit Unique Identifier"}) {
     set(name, nullptr);
   }
-  const auto properties = unit->getProperties();
-  EXPECT_EQ(properties->pairs().size(), 7u);
-  EXPECT_EQ(textUnder(properties.get(), keys::kMPIOLogicalUnitAliasKey), "unit 0");
-  EXPECT_EQ(unit->logicalUnitAlgorithm(), kMPIOAlgorithmRoundRobin);
-}
-
-TEST_F(LogicalUnit, KeepsItsFirstIdentifierAndTakesEveryNewAlias) {
-  const auto unit = make();
+  EXPECT_TRUE(before->equals(*unit->getProperties()));
   set("Logical Unit Unique Identifier", data({0x01}));
-  set("Logical Unit Alias", text("renamed"));
-  unit->setLogicalUnitAlias(ob::String::make("written by a client"));
-  EXPECT_EQ(unit->logicalUnitAlias()->view(), "written by a client");
-  const auto properties = unit->getProperties();
-  EXPECT_EQ(textUnder(properties.get(), keys::kMPIOLogicalUnitIdentifierKey),
-            "600A0B80000000000000000000000000");
-  EXPECT_EQ(textUnder(properties.get(), keys::kMPIOLogicalUnitAliasKey), "renamed");
+  EXPECT_TRUE(before->equals(*unit->getProperties())) << "the first identifier stays";
+  host.memory.registry().removeEntry(unitID(0));
+  EXPECT_TRUE(before->equals(*unit->getProperties()));
+  unit->setLogicalUnitAlias(ob::String::make("set here"));
+  EXPECT_EQ(textUnder(unit->getProperties().get(), keys::kMPIOLogicalUnitAliasKey), "set here");
 }
 
 TEST_F(LogicalUnit, ReadsTheBatchCountForRoundRobinOnly) {
@@ -121,97 +126,61 @@ TEST_F(LogicalUnit, ReadsTheBatchCountForRoundRobinOnly) {
 
 TEST_F(LogicalUnit, ListsLeavesAndSharedVolumesButNoComponents) {
   EXPECT_THAT(volumeNames(*make()), ElementsAre("Volume 0", "Volume 1"));
-  addMedia(1000, false, "Zorva_Quil");
-  addMedia(1001, true, "Zorva_Quil_Component");
-  addMedia(1002, true, "Zorva_Quil");
-  addMedia(1003, false, "Other");
-  host.memory.registry().addEntry(1004, "KsMedia", {unitID(0)},
-                                  dictionary({}));  // neither property
-  host.memory.registry().addEntry(1005, "KsPartitionScheme", {unitID(0)},
-                                  dictionary({{"Leaf", flag(true)}}));
-  host.memory.disks().set(
-      1004, {.volumeName = ob::String::make("no leaf"), .bsdName = {}, .mediaSize = {}});
-  host.memory.disks().set(
-      1005, {.volumeName = ob::String::make("no media"), .bsdName = {}, .mediaSize = {}});
+  addMedia(1000, "spans", dictionary({{"Leaf", no}, {"Content", text("Zorva_Quil")}}));
+  addMedia(1001, "part", dictionary({{"Leaf", yes}, {"Content", text("Zorva_Quil_Component")}}));
+  addMedia(1002, "both", dictionary({{"Leaf", yes}, {"Content", text("Zorva_Quil")}}));
+  addMedia(1003, "neither", dictionary({{"Leaf", no}, {"Content", text("Other")}}));
+  addMedia(1004, "unknown", dictionary({}));
+  addMedia(1005, "no media", dictionary({{"Leaf", yes}}), "KsPartitionScheme");
   host.memory.disks().forget(volumeID(0, 1));  // unformatted
-  EXPECT_THAT(volumeNames(*make()), ElementsAre("Volume 0", "Zorva_Quil", "Zorva_Quil"));
+  EXPECT_THAT(volumeNames(*make()), ElementsAre("Volume 0", "spans", "both"));
 }
 
 TEST_F(LogicalUnit, DescribesAVolumeByWhatIsKnownOfIt) {
-  const auto unit = make();
-  const auto* volume = ob::as<ob::Dictionary>(unit->logicalUnitVolumesArray()->values()[1].get());
-  EXPECT_EQ(numberUnder(volume, keys::kMPIOLogicalUnitVolumeSizeKey), 1'000'000'000);
-  EXPECT_EQ(textUnder(volume, keys::kMPIOLogicalUnitVolumeMountPointKey), "disk0s2");
+  const auto volumes = make()->logicalUnitVolumesArray();
+  EXPECT_TRUE(volumes->values()[1]->equals(
+      *dictionary({{"Logical Unit Volume Name", text("Volume 1")},
+                   {"Logical Unit Volume Size", number(1'000'000'000)},
+                   {"Logical Unit Volume Mount Point", text("disk0s2")}})));
   EXPECT_FALSE(MPIOLogicalUnit::volumeInfoForLUNVolume(host, 0));
-  addMedia(1000, true, "bare");
+  addMedia(1000, "bare", dictionary({}));
   const ScopedHandle media(host.registry(), host.registry().findServiceByEntryID(1000));
   EXPECT_EQ(MPIOLogicalUnit::volumeInfoForLUNVolume(host, media.get())->pairs().size(), 1u);
 }
 
-TEST_F(LogicalUnit, WhoseEntryVanishedKeepsAllItKnew) {
-  const auto unit = make();
-  const auto before = unit->getProperties();
-  host.memory.registry().removeEntry(unitID(0));
-  EXPECT_TRUE(before->equals(*unit->getProperties()));
-  EXPECT_FALSE(MPIOLogicalUnit::propertiesForEntryID(host, unitID(0)));
-}
-
-TEST_F(LogicalUnit, KeepsItsVolumesWhereTheWalkCannotBeMade) {
+TEST_F(LogicalUnit, ReadsItsPropertiesAndItsVolumesEachForItself) {
   const auto unit = make();
   const auto volumes = unit->logicalUnitVolumesArray();
+  addMedia(1000, "new", dictionary({{"Leaf", yes}}));
   host.watch.failAll(Operation::kCreateIterator);
   unit->getProperties();
   EXPECT_EQ(unit->logicalUnitVolumesArray(), volumes);
-  host.watch.reset();
-  unit->getProperties();
-  EXPECT_NE(unit->logicalUnitVolumesArray(), volumes);  // replaced by each walk
-}
-
-TEST_F(LogicalUnit, WalksItsMediaEvenWhereItsPropertiesCannotBeRead) {
-  const auto unit = make();
-  addMedia(1000, true, "new");
   host.watch.failAll(Operation::kCopyProperties);
   EXPECT_EQ(textUnder(unit->getProperties().get(), keys::kMPIOLogicalUnitAliasKey), "unit 0");
   EXPECT_THAT(volumeNames(*unit), ElementsAre("Volume 0", "Volume 1", "new"));
 }
 
-TEST_F(LogicalUnit, NamesACombinedAlgorithmLeastBytes) {
-  set("Load Balancing Algorithm", nullptr);
-  const auto unit = make();
-  const ob::Pool pool;
-  for (const std::uint32_t code : {12u, 20u, 24u}) {
-    ASSERT_TRUE(unit->setAlgorithm(code, nullptr));
-    EXPECT_EQ(unit->getProperties()->value(keys::kMPIOLogicalUnitAlgorithmKey),
-              &keys::kMPIOLogicalUnitAlgorithmLeastBytes);
-  }
-}
-
-TEST_F(LogicalUnit, KeepsTheFirstPathUnderAKey) {
-  const auto unit = make();
-  const auto first = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, pathID(0, 0), unit.get());
-  const auto second =
-      MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, pathID(0, 0), unit.get());
+TEST_F(LogicalUnit, KeepsTheFirstPathUnderAKeyAndRemovesOneOrAllWithTheirDifferences) {
+  auto unit = make();
+  const auto makePath = [&](EntryID id) {
+    return MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, id, unit.get());
+  };
+  const auto first = makePath(pathID(0, 0));
+  const auto twin = makePath(pathID(0, 0));
+  const auto second = makePath(pathID(0, 1));
   unit->addPath(nullptr, 1);
   unit->addPath(first.get(), pathID(0, 0));
-  unit->addPath(second.get(), pathID(0, 0));
-  EXPECT_THAT(unit->getPaths()->values(), ElementsAre(first));
-  EXPECT_EQ(first->matchingLogicalUnit(), unit);
-  EXPECT_FALSE(second->matchingLogicalUnit());
-  EXPECT_EQ(ob::as<ob::Number>(unit->getPathIDs()->values()[0].get())->asUInt64(), pathID(0, 0));
-}
-
-TEST_F(LogicalUnit, RemovesOnePathOrAllWithTheirDifferences) {
-  auto unit = make();
-  const auto first = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, pathID(0, 0), unit.get());
-  const auto second =
-      MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, pathID(0, 1), unit.get());
-  unit->addPath(first.get(), pathID(0, 0));
+  unit->addPath(twin.get(), pathID(0, 0));
   unit->addPath(second.get(), pathID(0, 1));
+  EXPECT_THAT(unit->getPaths()->values(), ElementsAre(first, second));
+  EXPECT_EQ(ob::as<ob::Number>(unit->getPathIDs()->values()[0].get())->asUInt64(), pathID(0, 0));
+  EXPECT_EQ(first->matchingLogicalUnit(), unit);
+  EXPECT_FALSE(twin->matchingLogicalUnit());
+
   unit->removePath(nullptr);
   unit->removePath(first.get());
   EXPECT_FALSE(first->matchingLogicalUnit());
-  ASSERT_EQ(unit->getPaths()->values().size(), 1u);
-  EXPECT_EQ(unit->getPaths()->values()[0].get(), second.get());
+  EXPECT_THAT(unit->getPaths()->values(), ElementsAre(second));
   unit->removeAllPaths();
   EXPECT_THAT(unit->getPaths()->values(), IsEmpty());
   EXPECT_EQ(second->matchingLogicalUnit(), unit);  // left as it was
@@ -219,48 +188,14 @@ TEST_F(LogicalUnit, RemovesOnePathOrAllWithTheirDifferences) {
   EXPECT_FALSE(second->matchingLogicalUnit());  // and reads as none once the unit is gone
 }
 
-TEST_F(LogicalUnit, AddsUpItsStatistics) {
-  const auto unit = make();
-  host.memory.tunable().setLogicalUnitStatistics(unitID(0), {UINT64_MAX, 3, 7});
-  const auto statistics = unit->getCurrentStatistics();
-  EXPECT_EQ(statistics->pairs().size(), 5u);
-  EXPECT_EQ(
-      statistics->valueAs<ob::Number>(keys::kMPIOLogicalUnitStatisticsBytesSentKey)->asUInt64(),
-      UINT64_MAX);
-  EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitStatisticsBytesReceivedKey), 3);
-  EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitStatisticsTotalBytesKey),
-            2);  // wraps
-  EXPECT_EQ(numberUnder(statistics.get(), keys::kMPIOLogicalUnitStatisticsTotalCommandsKey), 7);
-  EXPECT_NE(statistics->valueAs<ob::Date>(keys::kMPIOLogicalUnitStatisticsSamplingDateKey),
-            nullptr);
-}
-
-TEST_F(LogicalUnit, WhoseDriverIsSilentHasStatisticsOfZeros) {
-  const auto unit = make();
-  host.watch.failAll(Operation::kTunable);
-  testing::internal::CaptureStderr();
-  const auto statistics = unit->getCurrentStatistics();
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "sysctlbyname failed to get stats block: -1\n");
-  EXPECT_EQ(statistics->pairs().size(), 5u);
-  for (const ob::String* key : {&keys::kMPIOLogicalUnitStatisticsBytesSentKey,
-                                &keys::kMPIOLogicalUnitStatisticsBytesReceivedKey,
-                                &keys::kMPIOLogicalUnitStatisticsTotalCommandsKey}) {
-    EXPECT_EQ(numberUnder(statistics.get(), *key), 0) << key->view();
-  }
-}
-
-TEST(IdentifierText, HasTwoDigitsAByte) {
-  const auto of = [](std::vector<std::uint8_t> bytes) {
+TEST(IdentifierTextDeathTest, HasTwoDigitsAByteAndIsNeverCut) {
+  const auto of = [](const std::vector<std::uint8_t>& bytes) {
     return std::string(identifierText(*ob::Data::make(bytes))->view());
   };
-  EXPECT_EQ(of({0x60, 0x0A, 0xFF}), "600AFF");
   EXPECT_EQ(of({}), "");
   EXPECT_EQ(of(std::vector<std::uint8_t>(127, 0xAB)).size(), 254u);
-}
-
-TEST(IdentifierTextDeathTest, EndsTheProcessRatherThanCutAnIdentifier) {
-  const auto tooLong = ob::Data::make(std::vector<std::uint8_t>(128, 0));
-  EXPECT_DEATH(identifierText(*tooLong), "fatal: a device identifier is longer than 127 bytes");
+  EXPECT_DEATH(of(std::vector<std::uint8_t>(128, 0)),
+               "fatal: a device identifier is longer than 127 bytes");
 }
 
 }  // namespace

@@ -1,97 +1,113 @@
-// The bytes that go to the driver's tunable and come back.
-#include "model/statistics.hpp"
-
+// The bytes that go to the driver's tunable and come back, and what is made of them.
 #include <gmock/gmock.h>
 
-#include <array>
 #include <cstring>
-#include <vector>
 
 #include "model/keys.hpp"
 #include "model/logical_unit.hpp"
 #include "runtime/pool.hpp"
 #include "tests/support/storage.hpp"
+#include "tests/support/watched.hpp"
 
 namespace tavrenix::test {
 namespace {
 
-using testing::ElementsAreArray;
-
-// Records requests and answers with a pattern.
-class RecordingTunable final : public MPIOKernelTunable {
- public:
-  int sysctlbyname(const char* name, void* oldValue, std::size_t* oldLength, const void* newValue,
-                   std::size_t newLength) override {
-    lastName = name;
-    lastRoom = *oldLength;
-    const auto* bytes = static_cast<const std::uint8_t*>(newValue);
-    lastRequest.assign(bytes, bytes + newLength);
-    std::memset(oldValue, 0x11, *oldLength);
-    return result;
+class Statistics : public testing::Test {
+ protected:
+  Statistics() {
+    addStorage(host.memory, {.units = 1, .paths = 1});
+    unit = MPIOLogicalUnit::initWithKsKitServiceEntry(host, unitID(0));
+    path = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, pathID(0, 0), unit.get());
   }
-  int result = 0;  // a failure writes the pattern all the same
-  std::string lastName;
-  std::size_t lastRoom = 0;
+  // Notes requests and fills the room, also where result tells of a failure.
+  void answerWithPattern(int result) {
+    host.watch.answerTunable = [this, result](void* room, std::size_t* size, const void* asked,
+                                              std::size_t length) {
+      const auto* bytes = static_cast<const std::uint8_t*>(asked);
+      lastRequest.assign(bytes, bytes + length);
+      lastRoom = *size;
+      std::memset(room, 0x11, *size);
+      return result;
+    };
+  }
+
+  const ob::Pool pool;
+  WatchedHost host;
+  ob::Ref<MPIOLogicalUnit> unit;
+  ob::Ref<MPIOLogicalUnitPath> path;
   std::vector<std::uint8_t> lastRequest;
+  std::size_t lastRoom = 0;
 };
 
-class RecordingHost final : public MPIOHost {
- public:
-  MPIODeviceRegistry& registry() override { return memory.registry(); }
-  MPIOKernelTunable& tunable() override { return recorder; }
-  MPIODiskDescriptions& disks() override { return memory.disks(); }
-  std::uint32_t effectiveUser() override { return 0; }
-  memory::MemoryHost memory;
-  RecordingTunable recorder;
-};
-
-TEST(StatisticsRequests, AreTwentyFourBytesWithoutPadding) {
-  RecordingHost host;
-  const auto unit = MPIOLogicalUnit::initWithKsKitServiceEntry(host, 0x0102030405060708);
+TEST_F(Statistics, AreAskedForByTwentyFourBytesWithoutPadding) {
+  answerWithPattern(0);
   unit->grabStatsBuffer(0x0102030405060708);
-  EXPECT_EQ(host.recorder.lastName, "debug.SCSIMPIOStatistics");
-  EXPECT_EQ(host.recorder.lastRoom, 24u);
-  const std::uint8_t unitRequest[] = {0x53, 0x4D, 0x41, 0x53, 0, 0, 0, 0, 8, 7, 6, 5,
-                                      4,    3,    2,    1,    0, 0, 0, 0, 0, 0, 0, 0};
-  EXPECT_THAT(host.recorder.lastRequest, ElementsAreArray(unitRequest));
-
-  const auto path = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, 0x11, unit.get());
+  EXPECT_EQ(lastRoom, 24u);
+  EXPECT_THAT(lastRequest, testing::ElementsAre(0x53, 0x4D, 0x41, 0x53, 0, 0, 0, 0, 8, 7, 6, 5, 4,
+                                                3, 2, 1, 0, 0, 0, 0, 0, 0, 0, 0));
+  unit = nullptr;  // its ID stays with the path
   SCSIPathStatistics record;
   EXPECT_TRUE(path->grabPathStatsBuffer(0x2233, &record, nullptr));
-  EXPECT_EQ(host.recorder.lastRoom, 25u);
+  EXPECT_EQ(lastRoom, 25u);
   EXPECT_EQ(record.state, 0x11);
-  const std::uint8_t pathRequest[] = {0x53, 0x4D, 0x41, 0x53, 1,    0,    0, 0, 8, 7, 6, 5,
-                                      4,    3,    2,    1,    0x33, 0x22, 0, 0, 0, 0, 0, 0};
-  EXPECT_THAT(host.recorder.lastRequest, ElementsAreArray(pathRequest));
+  EXPECT_THAT(lastRequest, testing::ElementsAre(0x53, 0x4D, 0x41, 0x53, 1, 0, 0, 0, 0, 0, 0, 0, 1,
+                                                0, 0, 0, 0x33, 0x22, 0, 0, 0, 0, 0, 0));
 }
 
-TEST(StatisticsRequests, ThatFailAfterWritingLeaveThatToAUnitAndNothingToAPath) {
-  RecordingHost host;
-  const auto unit = MPIOLogicalUnit::initWithKsKitServiceEntry(host, 5);
-  const auto path = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, 6, unit.get());
-  const ob::Pool pool;
-  host.recorder.result = -7;
+TEST_F(Statistics, ThatFailAfterWritingLeaveThatToAUnitAndNothingToAPath) {
+  answerWithPattern(-7);
   testing::internal::CaptureStderr();
   EXPECT_EQ(unit->grabStatsBuffer(5).commandsProcessed, 0x1111111111111111u);
   SCSIPathStatistics record{.bytesSent = 42};
   const ob::Error* error = nullptr;
   EXPECT_FALSE(path->grabPathStatsBuffer(6, &record, &error));
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "sysctlbyname failed to get stats block: -7\n"
-            "sysctlbyname failed to get stats block: -7\n");
+  EXPECT_FALSE(path->grabPathStatsBuffer(6, nullptr, nullptr));  // asks nothing
+  const std::string line = "sysctlbyname failed to get stats block: -7\n";
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), line + line);
   EXPECT_EQ(+record.bytesSent, 42u);
-  EXPECT_EQ(numberUnder(error->userInfo(), keys::kMPIOErrorResultCodeKey), -7);
+  EXPECT_EQ(error->domain().view(), "sysctlbyname failed");
+  EXPECT_EQ(error->code(), 0x08000005);
+  EXPECT_TRUE(error->userInfo()->equals(*dictionary({{"Error Result Code", number(-7)}})));
 }
 
-TEST(StatisticsRequests, OfAPathNameTheUnitItWasMadeFor) {
-  RecordingHost host;
-  auto unit = MPIOLogicalUnit::initWithKsKitServiceEntry(host, 5);
-  const auto path = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, 6, unit.get());
-  unit->addPath(path.get(), 6);
-  unit->removePath(path.get());
-  unit = nullptr;
-  EXPECT_TRUE(path->isEnabled(nullptr));
-  EXPECT_EQ(host.recorder.lastRequest[8], 5);
+TEST_F(Statistics, AddUpAndCarryTheirDate) {
+  const Value most = ob::Number::make(UINT64_MAX);
+  host.memory.tunable().setLogicalUnitStatistics(unitID(0), {UINT64_MAX, 3, 7});
+  const auto ofUnit = unit->getCurrentStatistics();
+  const auto date =
+      Value::retain(ofUnit->valueAs<ob::Date>(keys::kMPIOLogicalUnitStatisticsSamplingDateKey));
+  ASSERT_TRUE(date);
+  EXPECT_TRUE(ofUnit->equals(
+      *dictionary({{"Logical Unit Statistics Sampling Date", date},
+                   {"Logical Unit Statistics Cumulative Bytes Sent", most},
+                   {"Logical Unit Statistics Cumulative Bytes Received", number(3)},
+                   {"Logical Unit Statistics Cumulative Total Bytes Transferred", number(2)},
+                   {"Logical Unit Statistics Cumulative Total Commands Processed", number(7)}})));
+
+  host.memory.tunable().setPathStatistics(pathID(0, 0), {UINT64_MAX, 3, 7, 0x82});
+  const auto ofPath = path->getCurrentStatistics();
+  const auto pathDate =
+      Value::retain(ofPath->valueAs<ob::Date>(keys::kMPIOLogicalUnitPathStatisticsSamplingDateKey));
+  ASSERT_TRUE(pathDate);
+  EXPECT_TRUE(ofPath->equals(*dictionary(
+      {{"Logical Unit Path Statistics Sampling Date", pathDate},
+       {"Logical Unit Path Statistics Path State", number(0x82)},
+       {"Logical Unit Path Statistics Cumulative Bytes Sent", most},
+       {"Logical Unit Path Statistics Cumulative Bytes Received", number(3)},
+       {"Logical Unit Path Statistics Total Bytes Transferred", number(2)},
+       {"Logical Unit Path Statistics Cumulative Total Commands Processed", number(7)}})));
+}
+
+TEST_F(Statistics, OfAUnitWhoseDriverIsSilentAreZeros) {
+  host.watch.failAll(Operation::kTunable);
+  testing::internal::CaptureStderr();
+  const auto statistics = unit->getCurrentStatistics();
+  testing::internal::GetCapturedStderr();
+  for (const ob::String* key : {&keys::kMPIOLogicalUnitStatisticsBytesSentKey,
+                                &keys::kMPIOLogicalUnitStatisticsBytesReceivedKey,
+                                &keys::kMPIOLogicalUnitStatisticsTotalCommandsKey}) {
+    EXPECT_EQ(numberUnder(statistics.get(), *key), 0) << key->view();
+  }
 }
 
 TEST(MemoryTunable, AnswersAsTheSystemCallDoes) {
@@ -102,21 +118,20 @@ TEST(MemoryTunable, AnswersAsTheSystemCallDoes) {
   std::size_t length = 0;
   const auto ask = [&](const SCSIMPIOStatisticsRequest& request, std::size_t itsRoom = 64,
                        std::size_t size = sizeof(SCSIMPIOStatisticsRequest),
-                       const char* name = kStatisticsTunable) {
+                       const char* name = "debug.SCSIMPIOStatistics") {
     length = itsRoom;
     return tunable.sysctlbyname(name, room.data(), &length, &request, size);
   };
-  const SCSIMPIOStatisticsRequest ofUnit{.requestType = kLogicalUnitStatistics,
-                                         .logicalUnitEntryID = 1};
+  const SCSIMPIOStatisticsRequest ofUnit{.logicalUnitEntryID = 1};
   EXPECT_EQ(ask(ofUnit), 0);
-  EXPECT_EQ(length, sizeof(SCSILogicalUnitStatistics));
+  EXPECT_EQ(length, 24u);
   EXPECT_EQ(ask({.requestType = kPathStatistics, .pathEntryID = 2}), 0);
-  EXPECT_EQ(length, sizeof(SCSIPathStatistics));
+  EXPECT_EQ(length, 25u);
 
-  EXPECT_EQ(ask(ofUnit, sizeof(SCSILogicalUnitStatistics)), 0);
-  EXPECT_EQ(ask(ofUnit, sizeof(SCSILogicalUnitStatistics) - 1), -1);
-  EXPECT_EQ(ask(ofUnit, 64, sizeof ofUnit - 1), -1);
-  EXPECT_EQ(ask(ofUnit, 64, sizeof ofUnit, "kern.other"), -1);
+  EXPECT_EQ(ask(ofUnit, 24), 0);
+  EXPECT_EQ(ask(ofUnit, 23), -1);
+  EXPECT_EQ(ask(ofUnit, 64, 23), -1);
+  EXPECT_EQ(ask(ofUnit, 64, 24, "kern.other"), -1);
   EXPECT_EQ(ask({.signature = 0, .logicalUnitEntryID = 1}), -1);
   EXPECT_EQ(ask({.requestType = 3, .logicalUnitEntryID = 1}), -1);
 

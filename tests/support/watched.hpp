@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <mutex>
 
 #include "model/memory/host.hpp"
@@ -74,75 +75,22 @@ class Watch {
   Operation exhaustAll_ = Operation::kCount;
 };
 
-class WatchedRegistry final : public MPIODeviceRegistry {
- public:
-  WatchedRegistry(MPIODeviceRegistry& inner, Watch& watch) : inner_(inner), watch_(watch) {}
-  RegistryHandle findServiceByEntryID(EntryID entryID) override;
-  RegistryResult<RegistryHandle> findServicesByEntryID(EntryID entryID) override;
-  RegistryResult<RegistryHandle> findServicesByClass(std::string_view className) override;
-  RegistryResult<ob::Ref<const ob::Dictionary>> copyProperties(RegistryHandle entry) override;
-  ob::Ref<const ob::Object> copyProperty(RegistryHandle entry, const ob::String& name) override;
-  ob::Ref<const ob::Object> searchProperty(RegistryHandle entry, std::string_view plane,
-                                           const ob::String& name, std::uint32_t options) override;
-  KernelStatus setProperty(RegistryHandle entry, const ob::String& name,
-                           const ob::Object& value) override;
-  RegistryResult<RegistryHandle> createIterator(RegistryHandle entry, std::string_view plane,
-                                                std::uint32_t options) override;
-  RegistryHandle iteratorNext(RegistryHandle iterator) override;
-  bool conformsTo(RegistryHandle entry, std::string_view className) override;
-  RegistryResult<EntryID> getEntryID(RegistryHandle entry) override;
-  void release(RegistryHandle handle) override;
-  RegistryPort createNotificationPort() override;
-  void setDispatchQueue(RegistryPort port, ob::DispatchQueue& queue) override;
-  ob::Ref<ob::RunLoopSource> getRunLoopSource(RegistryPort port) override;
-  void destroyNotificationPort(RegistryPort port) override;
-  ob::Ref<const ob::Dictionary> classMatching(std::string_view className) override;
-  RegistryResult<RegistryHandle> addMatchingNotification(RegistryPort port, std::string_view kind,
-                                                         ob::Ref<const ob::Dictionary> matching,
-                                                         NotificationDelivery deliver) override;
-
- private:
-  MPIODeviceRegistry& inner_;
-  Watch& watch_;
-};
-
-class WatchedTunable final : public MPIOKernelTunable {
- public:
-  WatchedTunable(MPIOKernelTunable& inner, Watch& watch) : inner_(inner), watch_(watch) {}
-  int sysctlbyname(const char* name, void* oldValue, std::size_t* oldLength, const void* newValue,
-                   std::size_t newLength) override;
-
- private:
-  MPIOKernelTunable& inner_;
-  Watch& watch_;
-};
-
-class WatchedDisks final : public MPIODiskDescriptions {
- public:
-  WatchedDisks(MPIODiskDescriptions& inner, Watch& watch) : inner_(inner), watch_(watch) {}
-  std::optional<DiskDescription> describe(RegistryHandle media) override;
-
- private:
-  MPIODiskDescriptions& inner_;
-  Watch& watch_;
-};
-
 // Another host with every seam watched.
 class WatchedSeams : public MPIOHost {
  public:
-  explicit WatchedSeams(MPIOHost& inner) : inner_(inner) {}
+  explicit WatchedSeams(MPIOHost& inner);
   Watch watch;
 
-  MPIODeviceRegistry& registry() override { return registry_; }
-  MPIOKernelTunable& tunable() override { return tunable_; }
-  MPIODiskDescriptions& disks() override { return disks_; }
+  MPIODeviceRegistry& registry() override { return *registry_; }
+  MPIOKernelTunable& tunable() override { return *tunable_; }
+  MPIODiskDescriptions& disks() override { return *disks_; }
   std::uint32_t effectiveUser() override { return inner_.effectiveUser(); }
 
  private:
   MPIOHost& inner_;
-  WatchedRegistry registry_{inner_.registry(), watch};
-  WatchedTunable tunable_{inner_.tunable(), watch};
-  WatchedDisks disks_{inner_.disks(), watch};
+  std::unique_ptr<MPIODeviceRegistry> registry_;
+  std::unique_ptr<MPIOKernelTunable> tunable_;
+  std::unique_ptr<MPIODiskDescriptions> disks_;
 };
 
 // There before the seams are put around it.
