@@ -4,8 +4,9 @@
 #include <atomic>
 #include <set>
 
-#include "model/registry_names.hpp"
+#include "model/entry.hpp"
 #include "tests/lab/scratch.hpp"
+#include "tests/support/storage.hpp"
 
 namespace tavrenix::lab {
 namespace {
@@ -14,39 +15,41 @@ class HostTest : public testing::Test {
  protected:
   void show(const std::string& members) {
     const std::string path = scratch_.write("image.json", "{" + members + "}");
-    if (std::exchange(loaded_, true)) {
-      host_.reload();
-    } else {
-      host_.load(path);
-    }
+    std::exchange(loaded_, true) ? host_.reload() : host_.load(path);
   }
   void showEntries(const std::string& entries) {
     show(R"("generation": 5, "entries": [)" + entries + "]");
   }
+  std::uint32_t generation() { return host_.memory().tunable().generation(); }
 
-  std::vector<EntryID> relatives(EntryID id, std::uint32_t options) {
-    auto& registry = host_.memory().registry();
-    const ScopedHandle entry(registry, registry.findServiceByEntryID(id));
-    const auto iterator = registry.createIterator(entry.get(), registry::kServicePlane, options);
-    if (iterator.status != kSuccess) return {0};
-    const ScopedHandle all(registry, iterator.value);
+  static std::vector<EntryID> relatives(memory::MemoryRegistry& registry, RegistryHandle entry,
+                                        std::uint32_t options) {
     std::vector<EntryID> found;
-    while (const RegistryHandle next = registry.iteratorNext(all.get())) {
-      const ScopedHandle one(registry, next);
-      found.push_back(registry.getEntryID(next).value);
-    }
+    const auto iterator = registry.createIterator(entry, registry::kServicePlane, options);
+    forEachEntry(registry, iterator.value,
+                 [&](RegistryHandle next) { found.push_back(registry.getEntryID(next).value); });
     return found;
   }
 
-  // The answer to a statistics request: the status, and the state byte of a path.
-  std::pair<int, int> statistics(StatisticsRequestType type, EntryID id) {
-    SCSIMPIOStatisticsRequest request{kStatisticsSignature, type, id,
-                                      type == kPathStatistics ? id : 0};
-    SCSIPathStatistics record;
-    std::size_t length = sizeof record;
-    const int status = host_.memory().tunable().sysctlbyname(kStatisticsTunable, &record, &length,
-                                                             &request, sizeof request);
-    return {status, record.state};
+  // All that the host shows of the entries 1 to 9, and that only there can be.
+  static Json shownBy(SimulatedHost& host) {
+    auto& registry = host.memory().registry();
+    Json shown = Json::object();
+    for (EntryID id = 1; id <= 9; ++id) {
+      const ScopedHandle entry(registry, registry.findServiceByEntryID(id));
+      if (!entry) continue;
+      Json& of = shown[std::to_string(id)];
+      of["above"] = relatives(registry, entry.get(), kIterateRecursively | kIterateParents);
+      of["below"] = relatives(registry, entry.get(), kIterateRecursively);
+      of["isKept"] = registry.conformsTo(entry.get(), "Kept");
+      of["P"] = test::numberUnder(registry.properties(id).get(), *ob::String::make("P"));
+      of["properties"] = registry.properties(id)->pairs().size();
+      const auto record = host.memory().tunable().pathStatistics(id);
+      of["state"] = record ? record->state : -1;
+      const auto disk = host.memory().disks().describe(entry.get());
+      of["disk"] = disk && disk->volumeName ? disk->volumeName->view() : "none";
+    }
+    return shown;
   }
 
   Scratch scratch_;
@@ -55,88 +58,77 @@ class HostTest : public testing::Test {
 };
 
 TEST_F(HostTest, IsNotReadyBeforeAnImageIsLoaded) {
-  EXPECT_EQ(host_.memory().tunable().generation(), 0U);
+  EXPECT_EQ(generation(), 0U);
   EXPECT_THROW(host_.load(scratch_.path("missing.json")), ImageError);
-  EXPECT_EQ(host_.memory().tunable().generation(), 0U);
+  EXPECT_EQ(generation(), 0U);
   show(R"("generation": 7, "effectiveUser": 1000, "entries": [])");
-  EXPECT_EQ(host_.memory().tunable().generation(), 7U);
+  EXPECT_EQ(generation(), 7U);
   EXPECT_EQ(host_.memory().effectiveUser(), 1000U);
 }
 
+constexpr char kPath[] = R"({"id": 2, "class": "KsSCSIHierarchicalLogicalUnit")";
+constexpr char kCounters[] = R"("sent": 1, "received": 1, "commands": 1)";
+
 TEST_F(HostTest, ShowsEntriesClassesStatisticsAndDisks) {
-  show(R"("generation": 1, "classes": {"MyMedia": "KsMedia"}, "entries": [
-    {"id": 3, "class": "MyMedia", "parents": [1], "disk": {"volumeName": "V", "mediaSize": 5}},
-    {"id": 1, "class": "KsSCSIMultipathedLogicalUnit", "parents": [2], "statistics": {"sent": 1, "received": 1, "commands": 1}},
-    {"id": 2, "class": "KsSCSIHierarchicalLogicalUnit", "statistics": {"sent": 1, "received": 1, "commands": 1, "state": 129}}])");
-  EXPECT_EQ(relatives(2, kIterateRecursively), (std::vector<EntryID>{1, 3}));
-  EXPECT_EQ(statistics(kPathStatistics, 2), std::pair(0, 129));
-  EXPECT_EQ(statistics(kLogicalUnitStatistics, 1).first, 0);
-  EXPECT_EQ(statistics(kPathStatistics, 1).first, -1);
-  auto& registry = host_.memory().registry();
-  const ScopedHandle media(registry, registry.findServiceByEntryID(3));
-  EXPECT_TRUE(registry.conformsTo(media.get(), "KsMedia"));
-  const auto disk = host_.memory().disks().describe(media.get());
-  ASSERT_TRUE(disk);
-  EXPECT_EQ(disk->volumeName->view(), "V");
-  EXPECT_EQ(disk->mediaSize->asInt64(), 5);
-  EXPECT_FALSE(disk->bsdName);
+  show(R"("generation": 1, "classes": {"MyMedia": "Kept"}, "entries": [
+    {"id": 3, "class": "MyMedia", "parents": [1], "disk": {"volumeName": "V"}},
+    {"id": 1, "class": "KsSCSIMultipathedLogicalUnit", "parents": [2], "statistics": {)" +
+       std::string(kCounters) + "}}, " + kPath + R"(, "properties": {"P": 7}, "statistics": {)" +
+       kCounters + R"(, "state": 129}}])");
+  EXPECT_EQ(shownBy(host_), readJSON(R"({
+    "1": {"above": [2], "below": [3], "isKept": false, "P": -999, "properties": 0, "state": -1, "disk": "none"},
+    "2": {"above": [], "below": [1, 3], "isKept": false, "P": 7, "properties": 1, "state": 129, "disk": "none"},
+    "3": {"above": [1, 2], "below": [], "isKept": true, "P": -999, "properties": 0, "state": -1, "disk": "V"}})"));
+  const SCSIMPIOStatisticsRequest request{.logicalUnitEntryID = 1};
+  SCSILogicalUnitStatistics record;
+  std::size_t length = sizeof record;
+  EXPECT_EQ(host_.memory().tunable().sysctlbyname(kStatisticsTunable, &record, &length, &request,
+                                                  sizeof request),
+            0);
 }
 
-constexpr char kChain[] =
-    R"({"id": 1, "class": "A"}, {"id": 2, "class": "B", "parents": [1]},)"
-    R"({"id": 3, "class": "C", "parents": [2]}, {"id": 4, "class": "D", "parents": [1]})";
+TEST_F(HostTest, AReloadLeavesWhatAFreshHostShows) {
+  const std::string chain = R"({"id": 1, "class": "A"}, {"id": 2, "class": "B", "parents": [1]},
+    {"id": 3, "class": "C", "parents": [2]}, {"id": 4, "class": "D", "parents": [1]})";
+  const std::string path = kPath;
+  const std::string counters = kCounters;
+  const std::string steps[] = {
+      chain,
+      chain + R"(, {"id": 5, "class": "E", "parents": [3]})",
+      // An entry moves with all below it, below one that was beside it.
+      R"({"id": 1, "class": "A"}, {"id": 2, "class": "B", "parents": [4]},
+         {"id": 3, "class": "C", "parents": [2]}, {"id": 4, "class": "D", "parents": [1]})",
+      R"({"id": 3, "class": "C"}, {"id": 1, "class": "Other"})",
+      path + R"(, "properties": {"P": 1, "Q": 1}, "disk": {"volumeName": "V"}, "statistics": {)" +
+          counters + R"(, "state": 1}})",
+      path + R"(, "properties": {"P": 2}, "statistics": {)" + counters + R"(, "state": 2}})",
+      path + "}",
+      "",
+  };
+  for (const std::string& step : steps) {
+    showEntries(step);
+    SimulatedHost fresh([](std::string_view) {});
+    fresh.load(scratch_.path("image.json"));
+    EXPECT_EQ(shownBy(host_), shownBy(fresh)) << step;
+  }
+}
 
 TEST_F(HostTest, AReloadKeepsWhatStays) {
-  showEntries(kChain);
+  showEntries(R"({"id": 1, "class": "A"})");
   auto& registry = host_.memory().registry();
-  const ScopedHandle kept(registry, registry.findServiceByEntryID(3));
-  showEntries(std::string(kChain) + R"(, {"id": 5, "class": "E", "parents": [3]})");
-  EXPECT_EQ(relatives(1, kIterateRecursively), (std::vector<EntryID>{2, 3, 5, 4}));
-  // The handle from before still leads to a place in the tree.
-  const auto iterator =
-      registry.createIterator(kept.get(), registry::kServicePlane, kIterateRecursively);
-  const ScopedHandle below(registry, iterator.value);
-  const ScopedHandle child(registry, registry.iteratorNext(below.get()));
-  EXPECT_EQ(registry.getEntryID(child.get()).value, 5U);
-}
-
-TEST_F(HostTest, AReloadMovesAnEntryWithAllBelowIt) {
-  showEntries(kChain);
-  showEntries(
-      R"({"id": 1, "class": "A"}, {"id": 2, "class": "B", "parents": [4]},)"
-      R"({"id": 3, "class": "C", "parents": [2]}, {"id": 4, "class": "D", "parents": [1]})");
-  EXPECT_EQ(relatives(1, kIterateRecursively), (std::vector<EntryID>{4, 2, 3}));
-  EXPECT_EQ(relatives(3, kIterateRecursively | kIterateParents), (std::vector<EntryID>{2, 4, 1}));
-  showEntries(R"({"id": 3, "class": "C"}, {"id": 1, "class": "Other"})");
-  EXPECT_EQ(relatives(3, kIterateRecursively | kIterateParents), std::vector<EntryID>());
-  EXPECT_EQ(registry::kServicePlane, "KsService");
-  EXPECT_EQ(relatives(2, kIterateRecursively), std::vector<EntryID>{0});
-}
-
-TEST_F(HostTest, AReloadTakesNewValuesAndForgetsOldOnes) {
-  const std::string path = R"({"id": 2, "class": "KsSCSIHierarchicalLogicalUnit")";
-  const std::string counters = R"("sent": 1, "received": 1, "commands": 1, )";
-  showEntries(path + R"(, "properties": {"P": 1, "Q": 1}, "disk": {}, "statistics": {)" + counters +
-              R"("state": 1}})");
-  EXPECT_EQ(statistics(kPathStatistics, 2), std::pair(0, 1));
-  showEntries(path + R"(, "properties": {"P": 2}, "statistics": {)" + counters + R"("state": 2}})");
-  EXPECT_EQ(statistics(kPathStatistics, 2), std::pair(0, 2));
-  EXPECT_TRUE(host_.memory().registry().properties(2)->equals(*dictionary({{"P", number(2)}})));
-  auto& registry = host_.memory().registry();
-  const ScopedHandle entry(registry, registry.findServiceByEntryID(2));
-  EXPECT_FALSE(host_.memory().disks().describe(entry.get()));
-  showEntries("");
-  EXPECT_EQ(statistics(kPathStatistics, 2).first, -1);
+  const ScopedHandle kept(registry, registry.findServiceByEntryID(1));
+  showEntries(R"({"id": 1, "class": "A"}, {"id": 5, "class": "E", "parents": [1]})");
+  EXPECT_EQ(relatives(registry, kept.get(), kIterateRecursively), std::vector<EntryID>{5});
 }
 
 TEST_F(HostTest, AGenerationDoesNotComeAgain) {
   std::set<std::uint32_t> shown;
   // A file whose number stands still while its entries change, moves a little, and goes back.
-  for (const char* generation : {"5", "5", "5", "6", "7", "5", "4294967295", "4294967295", "2"}) {
+  for (const char* number : {"5", "5", "5", "6", "7", "5", "4294967295", "4294967295", "2"}) {
     const std::string id = std::to_string(shown.size() + 1);
-    show("\"generation\": " + std::string(generation) + R"(, "entries": [{"id": )" + id +
+    show("\"generation\": " + std::string(number) + R"(, "entries": [{"id": )" + id +
          R"(, "class": "A"}])");
-    EXPECT_TRUE(shown.insert(host_.memory().tunable().generation()).second) << generation;
+    EXPECT_TRUE(shown.insert(generation()).second) << number;
   }
   EXPECT_FALSE(shown.contains(0));
 }
@@ -187,12 +179,12 @@ TEST_F(HostTest, ABadReloadChangesNothing) {
   };
   for (const char* bad : kBad) {
     EXPECT_THROW(show(bad), ImageError) << bad;
-    EXPECT_EQ(host_.memory().tunable().generation(), 1U);
+    EXPECT_EQ(generation(), 1U);
     EXPECT_TRUE(host_.memory().registry().properties(1));
   }
   show(
       R"("generation": 3, "classes": {"A": "B", "New": "A"}, "entries": [{"id": 9, "class": "New"}])");
-  EXPECT_EQ(host_.memory().tunable().generation(), 3U);
+  EXPECT_EQ(generation(), 3U);
 }
 
 }  // namespace

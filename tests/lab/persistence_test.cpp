@@ -6,63 +6,66 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <gmock/gmock.h>
+
 #include <csignal>
 
 #include "lab/host.hpp"
+#include "lab/plist.hpp"
 #include "model/registry_names.hpp"
 #include "tests/lab/scratch.hpp"
 
 namespace tavrenix::lab {
 namespace {
 
-constexpr int kPaths = 8;
+const std::vector<int> kPaths = {20, 21, 22, 23, 24, 25, 26, 27};
 
-// Unit 100 with the paths 00 to 07, whose entry IDs are 200 to 207.
 std::string imageText(const std::string& writeStatuses) {
-  std::string parents;
-  std::string paths;
-  for (int i = 0; i < kPaths; ++i) {
-    const std::string digit = std::to_string(i);
-    parents += (i == 0 ? "20" : ", 20") + digit;
-    paths += R"(, {"id": 20)" + digit + R"(, "class": "KsSCSIHierarchicalLogicalUnit",
-      "properties": {"Logical Unit Path Identifier": {"$data": "0)" +
-             digit + R"("}},
-      "statistics": {"sent": 0, "received": 0, "commands": 0, "state": 0}})";
-  }
-  return R"({"generation": 1, "writeStatuses": [)" + writeStatuses +
-         R"(], "entries": [{"id": 100, "class": "KsSCSIMultipathedLogicalUnit", "parents": [)" +
-         parents + "]}" + paths + "]}";
+  return R"({"generation": 1, "writeStatuses": [)" + writeStatuses + R"(], "entries": [)" +
+         unitWithPaths(10, kPaths) + "]}";
 }
 
+// Their last digits.
 std::string disabledPaths(const Image& image) {
   std::string disabled;
-  for (int i = 0; i < kPaths; ++i) {
-    const std::uint8_t state = image.find(static_cast<EntryID>(200 + i))->statistics->state;
-    if ((state & kPathStateDisabledBit) != 0) disabled += std::to_string(i);
+  for (const int path : kPaths) {
+    const std::uint8_t state = image.find(static_cast<EntryID>(path))->statistics->state;
+    if ((state & kPathStateDisabledBit) != 0) disabled += std::to_string(path - 20);
   }
   return disabled;
 }
 
-KernelStatus writeTo(SimulatedHost& host, const ob::Object& request) {
+// Asks for the path of that identifier to be disabled, by code 3, or enabled, by code 0.
+KernelStatus writeTo(SimulatedHost& host, const std::string& path, int code = 3) {
   auto& registry = host.memory().registry();
-  const ScopedHandle unit(registry, registry.findServiceByEntryID(100));
-  return registry.setProperty(unit.get(), registry::kProperties, request);
-}
-
-// What test answers in a process of its own, which may give up what it cannot take back.
-template <class Test>
-bool inAnotherProcess(const Test& test) {
-  const pid_t child = ::fork();
-  if (child == 0) ::_exit(test() ? 0 : 1);
-  int status = -1;
-  return child > 0 && ::waitpid(child, &status, 0) == child && status == 0;
+  const ScopedHandle unit(registry, registry.findServiceByEntryID(10));
+  const Json request = {{"PathState", {{path, code}}}};
+  return registry.setProperty(unit.get(), registry::kProperties, *valueFromJSON(request, Place()));
 }
 
 // From then on the modes of files bind the superuser as well.
-bool giveUpCapabilities() {
+void giveUpCapabilities() {
   __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
   const __user_cap_data_struct none[_LINUX_CAPABILITY_U32S_3] = {};
-  return ::syscall(SYS_capset, &header, none) == 0;
+  ::syscall(SYS_capset, &header, none);
+}
+
+void limitFileSize() {
+  std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit limit{100, 100};
+  ::setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+// Whether test holds in a process of its own, which may give up what it cannot take back.
+template <class Test>
+pid_t inAnotherProcess(const Test& test) {
+  const pid_t child = ::fork();
+  if (child == 0) ::_exit(test() ? 0 : 1);
+  return child;
+}
+bool held(pid_t child) {
+  int status = -1;
+  return child > 0 && ::waitpid(child, &status, 0) == child && status == 0;
 }
 
 class PersistenceTest : public testing::Test {
@@ -79,73 +82,54 @@ class PersistenceTest : public testing::Test {
   SimulatedHost host_{[this](std::string_view line) { reported_.append(line).append("\n"); }};
 };
 
-TEST_F(PersistenceTest, ASuccessStandsInTheFileAndInTheLiveHost) {
-  load();
-  EXPECT_EQ(writeTo(host_, *pathRequest("03", 3)), kSuccess);
-  EXPECT_EQ(disabledPaths(stored()), "3");
-  EXPECT_EQ(stored().generation(), 2U);
-  EXPECT_EQ(host_.memory().tunable().generation(), 2U);
-  EXPECT_EQ(host_.memory().tunable().pathStatistics(203)->state, kPathStateDisabledBit);
-  EXPECT_EQ(scratch_.files(), 1U);
-}
-
-TEST_F(PersistenceTest, ARefusalLeavesTheFileAlone) {
-  load();
-  EXPECT_EQ(writeTo(host_, *pathRequest("99", 3)), -536870206);
-  EXPECT_EQ(contentsOf(path_), imageText(""));
-}
-
-TEST_F(PersistenceTest, WaitingStatusesAreAnsweredOneByOne) {
-  load("-5, 0, 7, 0");
-  EXPECT_EQ(writeTo(host_, *pathRequest("01", 3)), -5);
-  EXPECT_EQ(disabledPaths(stored()), "");
-  EXPECT_EQ(stored().generation(), 1U);
-  EXPECT_EQ(writeTo(host_, *pathRequest("02", 3)), kSuccess);
-  EXPECT_EQ(writeTo(host_, *pathRequest("03", 3)), 7);
-  EXPECT_EQ(writeTo(host_, *pathRequest("bad", 3)), -536870206);
-  EXPECT_EQ(writeTo(host_, *pathRequest("05", 3)), kSuccess);
-  EXPECT_EQ(disabledPaths(stored()), "25");
-  EXPECT_EQ(stored().generation(), 3U);
-  EXPECT_NE(contentsOf(path_).find("\"writeStatuses\": []"), std::string::npos);
-}
-
-TEST_F(PersistenceTest, AChangeByHandMeanwhileIsKept) {
+TEST_F(PersistenceTest, ASuccessStandsInTheFileAndInTheLiveHostBesideWhatOthersDid) {
   load();
   SimulatedHost other([](std::string_view) {});
   other.load(path_);
-  EXPECT_EQ(writeTo(other, *pathRequest("06", 3)), kSuccess);
-  EXPECT_EQ(writeTo(host_, *pathRequest("07", 3)), kSuccess);
+  EXPECT_EQ(writeTo(other, "26"), kSuccess);
+  EXPECT_EQ(writeTo(host_, "27"), kSuccess);
   EXPECT_EQ(disabledPaths(stored()), "67");
-  EXPECT_EQ(host_.memory().tunable().pathStatistics(206)->state, kPathStateDisabledBit);
+  EXPECT_EQ(stored().generation(), 3U);
+  EXPECT_EQ(host_.memory().tunable().generation(), 3U);
+  for (const EntryID path : {EntryID{26}, EntryID{27}})
+    EXPECT_EQ(host_.memory().tunable().pathStatistics(path)->state, kPathStateDisabledBit);
+}
+
+TEST_F(PersistenceTest, WaitingStatusesAreAnsweredOneByOneAndRefusalsChangeNothing) {
+  load("-5, 0, 7, 0");
+  EXPECT_EQ(writeTo(host_, "21"), -5);
+  EXPECT_EQ(disabledPaths(stored()), "");
+  EXPECT_EQ(stored().generation(), 1U);
+  EXPECT_EQ(writeTo(host_, "22"), kSuccess);
+  EXPECT_EQ(writeTo(host_, "23"), 7);
+  EXPECT_EQ(writeTo(host_, "bad"), -536870206);
+  EXPECT_EQ(writeTo(host_, "25"), kSuccess);
+  EXPECT_EQ(disabledPaths(stored()), "25");
+  EXPECT_EQ(stored().generation(), 3U);
+  const std::string before = contentsOf(path_);
+  EXPECT_NE(before.find("\"writeStatuses\": []"), std::string::npos);
+  EXPECT_EQ(writeTo(host_, "99"), -536870206);
+  EXPECT_EQ(contentsOf(path_), before);
 }
 
 TEST_F(PersistenceTest, ConcurrentProcessesLoseNoChange) {
   constexpr int kRounds = 15;  // odd, so that every path ends disabled
   load();
   std::vector<pid_t> children;
-  for (int i = 0; i < kPaths; ++i) {
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
+  for (const int path : kPaths) {
+    children.push_back(inAnotherProcess([&] {
       SimulatedHost own([](std::string_view) {});
       own.load(path_);
+      const std::string digits = std::to_string(path);
       bool good = true;
-      for (int round = 0; round < kRounds; ++round) {
-        good = writeTo(own, *pathRequest("0" + std::to_string(i), round % 2 == 0 ? 3 : 0)) ==
-                   kSuccess &&
-               good;
-      }
-      ::_exit(good ? 0 : 1);
-    }
-    children.push_back(child);
+      for (int round = 0; round < kRounds; ++round)
+        good = writeTo(own, digits, round % 2 == 0 ? 3 : 0) == kSuccess && good;
+      return good;
+    }));
   }
-  for (const pid_t child : children) {
-    int status = -1;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
-  }
+  for (const pid_t child : children) EXPECT_TRUE(held(child));
   EXPECT_EQ(disabledPaths(stored()), "01234567");
-  EXPECT_EQ(stored().generation(), 1U + kPaths * kRounds);
+  EXPECT_EQ(stored().generation(), 1U + kPaths.size() * kRounds);
   EXPECT_EQ(scratch_.files(), 1U);
 }
 
@@ -156,7 +140,7 @@ TEST_F(PersistenceTest, ASymbolicLinkAndTheModeStay) {
   ASSERT_EQ(::chmod(path_.c_str(), 0640), 0);
   SimulatedHost other([](std::string_view) {});
   other.load(link);
-  EXPECT_EQ(writeTo(other, *pathRequest("01", 3)), kSuccess);
+  EXPECT_EQ(writeTo(other, "21"), kSuccess);
   EXPECT_TRUE(std::filesystem::is_symlink(link));
   EXPECT_EQ(disabledPaths(stored()), "1");
   struct stat status {};
@@ -168,82 +152,73 @@ TEST_F(PersistenceTest, LeftoversOfAKilledProcessDoNoHarm) {
   load();
   const std::string precious = scratch_.write("precious", "text");
   std::filesystem::create_symlink("precious", scratch_.path(".image.json.tavrenix-lab"));
-  EXPECT_EQ(writeTo(host_, *pathRequest("01", 3)), kSuccess);
+  EXPECT_EQ(writeTo(host_, "21"), kSuccess);
   EXPECT_EQ(disabledPaths(stored()), "1");
   EXPECT_EQ(contentsOf(precious), "text");
   EXPECT_EQ(scratch_.files(), 2U);
 }
 
-TEST_F(PersistenceTest, AFileThatCannotBeWrittenStaysWhole) {
-  load();
-  EXPECT_TRUE(inAnotherProcess([this] {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{100, 100};
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-    return writeTo(host_, *pathRequest("01", 3)) == -EFBIG &&
-           host_.memory().tunable().generation() == 1 &&
-           reported_ == path_ + ": cannot be written: File too large\n";
-  }));
-  EXPECT_EQ(contentsOf(path_), imageText(""));
-  EXPECT_EQ(scratch_.files(), 1U);
-}
-
-TEST_F(PersistenceTest, AFolderThatTakesNoFileIsTheReasonGiven) {
-  load();
-  ASSERT_EQ(::chmod(scratch_.path("").c_str(), 0500), 0);
-  EXPECT_TRUE(inAnotherProcess([this] {
-    return giveUpCapabilities() && writeTo(host_, *pathRequest("01", 3)) == -EACCES &&
-           reported_ == path_ + ": cannot be replaced by a new file beside it: Permission denied\n";
-  }));
-  ASSERT_EQ(::chmod(scratch_.path("").c_str(), 0700), 0);
-  EXPECT_EQ(contentsOf(path_), imageText(""));
-}
-
-TEST_F(PersistenceTest, AFolderThatCannotBeReadIsNoFailure) {
-  load();
-  ASSERT_EQ(::chmod(scratch_.path("").c_str(), 0300), 0);
-  EXPECT_TRUE(inAnotherProcess([this] {
-    return giveUpCapabilities() && writeTo(host_, *pathRequest("01", 3)) == kSuccess &&
-           host_.memory().tunable().generation() == 2 && reported_.empty();
-  }));
-  ASSERT_EQ(::chmod(scratch_.path("").c_str(), 0700), 0);
-  EXPECT_EQ(disabledPaths(stored()), "1");
+TEST_F(PersistenceTest, WhatCannotBeWrittenStaysWhole) {
+  struct Case {
+    ::mode_t folder;
+    void (*giveUp)();
+    KernelStatus status;
+    std::string reported;
+  };
+  const Case cases[] = {
+      {0700, limitFileSize, -EFBIG, ": cannot be written: File too large\n"},
+      {0500, giveUpCapabilities, -EACCES,
+       ": cannot be replaced by a new file beside it: Permission denied\n"},
+      {0300, giveUpCapabilities, kSuccess, ""},  // need not be read
+  };
+  for (const auto& each : cases) {
+    path_ = scratch_.write("image.json", imageText(""));
+    ASSERT_EQ(::chmod(scratch_.path("").c_str(), each.folder), 0);
+    const bool done = each.status == kSuccess;
+    EXPECT_TRUE(held(inAnotherProcess([&] {
+      host_.load(path_);
+      each.giveUp();
+      return writeTo(host_, "21") == each.status &&
+             host_.memory().tunable().generation() == (done ? 2 : 1) &&
+             reported_ == (done ? "" : path_ + each.reported);
+    }))) << each.reported;
+    ASSERT_EQ(::chmod(scratch_.path("").c_str(), 0700), 0);
+    EXPECT_EQ(disabledPaths(stored()), done ? "1" : "");
+    EXPECT_TRUE(done || contentsOf(path_) == imageText(""));
+    EXPECT_EQ(scratch_.files(), 1U);
+  }
 }
 
 TEST_F(PersistenceTest, AFileThatWentBadOrAwayIsReportedAndLeft) {
   load();
   scratch_.write("image.json", "{\"generation\": }");
-  EXPECT_EQ(writeTo(host_, *pathRequest("01", 3)), -EINVAL);
+  EXPECT_EQ(writeTo(host_, "21"), -EINVAL);
   EXPECT_TRUE(reported_.starts_with(path_ + ": line 1, column 16: ")) << reported_;
   EXPECT_EQ(contentsOf(path_), "{\"generation\": }");
   std::filesystem::remove(path_);
   reported_.clear();
-  EXPECT_EQ(writeTo(host_, *pathRequest("01", 3)), -ENOENT);
+  EXPECT_EQ(writeTo(host_, "21"), -ENOENT);
   EXPECT_EQ(reported_, path_ + ": cannot be opened: No such file or directory\n");
   EXPECT_EQ(host_.memory().tunable().generation(), 1U);
 }
 
 TEST(ImageFile, WhatCannotBeAnImageIsNamed) {
   const Scratch scratch;
-  const auto refusal = [](const std::string& path) -> std::string {
-    SimulatedHost host([](std::string_view) {});
-    try {
-      host.load(path);
-    } catch (const ImageError& error) {
-      return error.what();
-    }
-    return "no refusal";
-  };
-  EXPECT_EQ(refusal(scratch.path("none")),
-            scratch.path("none") + ": cannot be opened: No such file or directory");
-  EXPECT_EQ(refusal(scratch.path(".")), scratch.path(".") + ": is a directory");
   ASSERT_EQ(::mkfifo(scratch.path("pipe").c_str(), 0600), 0);
-  EXPECT_EQ(refusal(scratch.path("pipe")), scratch.path("pipe") + ": is not a regular file");
-  const std::string huge = scratch.write("huge", "{");
-  std::filesystem::resize_file(huge, (1ULL << 30) + 1);  // a hole: it takes no room on the disk
-  EXPECT_EQ(refusal(huge), huge + ": is larger than 1 GiB");
-  EXPECT_EQ(refusal(scratch.write("a\nb", "[]")),
-            scratch.path("a\\x0Ab") + ": top level: must be an object, not an array");
+  std::filesystem::resize_file(scratch.write("huge", "{"), (1ULL << 30) + 1);  // a hole: no room
+  scratch.write("a\nb", "[]");
+  const std::pair<const char*, const char*> refusals[] = {
+      {"none", "none: cannot be opened: No such file or directory"},
+      {".", ".: is a directory"},
+      {"pipe", "pipe: is not a regular file"},
+      {"huge", "huge: is larger than 1 GiB"},
+      {"a\nb", "a\\x0Ab: top level: must be an object, not an array"},
+  };
+  for (const auto& [name, refusal] : refusals) {
+    SimulatedHost host([](std::string_view) {});
+    const auto load = [&, path = scratch.path(name)] { host.load(path); };
+    EXPECT_THAT(load, testing::ThrowsMessage<ImageError>(scratch.path(refusal)));
+  }
 }
 
 }  // namespace

@@ -10,11 +10,11 @@ namespace tavrenix::lab {
 
 struct Outcome {
   int status;
-  std::string output;  // both streams
+  std::string output;  // both streams, but for what the command redirects
 };
 
 inline Outcome run(const std::string& command) {
-  FILE* pipe = ::popen((command + " 2>&1").c_str(), "r");
+  FILE* pipe = ::popen(("{ " + command + "; } 2>&1").c_str(), "r");
   if (pipe == nullptr) return {-1, ""};
   std::string output;
   char buffer[4096];

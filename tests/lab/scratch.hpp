@@ -1,4 +1,4 @@
-// What the tests of this folder share: a folder of their own for files, and short ways to values.
+// What the tests of this folder share: a folder of their own for files, and entries of images.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,9 +8,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
-
-#include "runtime/collections.hpp"
-#include "runtime/values.hpp"
+#include <vector>
 
 namespace tavrenix::lab {
 
@@ -46,28 +44,32 @@ class Scratch {
   std::filesystem::path folder_;
 };
 
-inline ob::Ref<ob::String> string(std::string_view text) {
-  return ob::String::make(text);
-}
-inline ob::Ref<const ob::Object> number(std::int64_t value) {
-  return ob::Number::make(value);
-}
-
-using Member = std::pair<std::string_view, ob::Ref<const ob::Object>>;
-
-inline ob::Ref<ob::Dictionary> dictionary(std::initializer_list<Member> members) {
-  ob::DictionaryBuilder builder(members.size());
-  for (const auto& [key, value] : members) builder.add(*string(key), value);
-  return builder.build();
-}
-
-inline ob::Ref<ob::Dictionary> algorithmRequest(std::string_view algorithm,
-                                                std::int64_t batchCount) {
-  return dictionary({{"Algorithm", string(algorithm)}, {"Batch Count", number(batchCount)}});
-}
-
-inline ob::Ref<ob::Dictionary> pathRequest(std::string_view identifier, std::int64_t code) {
-  return dictionary({{"PathState", dictionary({{identifier, number(code)}})}});
+// Entries of an image: a unit and its paths. The identifiers of all are their IDs, and so are the
+// numbers of bytes sent.
+inline std::string unitWithPaths(int id, const std::vector<int>& paths) {
+  std::string entries;
+  std::string parents;
+  for (const int path : paths) {
+    const std::string digits = std::to_string(path);
+    parents += (parents.empty() ? "" : ", ") + digits;
+    entries += R"(, {"id": )" + digits + R"(, "class": "KsSCSIHierarchicalLogicalUnit",
+      "properties": {"Logical Unit Path Identifier": {"$data": ")" +
+               digits + R"("},
+        "Protocol Characteristics": {"Physical Interconnect": "Fibre Channel Interface"},
+        "Controller Characteristics": {"Unique SCSI Port Identifier": {"$data": "5001"}}},
+      "statistics": {"sent": )" +
+               digits + R"(, "received": 1, "commands": 2, "state": 0}})";
+  }
+  const std::string digits = std::to_string(id);
+  return R"({"id": )" + digits + R"(, "class": "KsSCSIMultipathedLogicalUnit",
+      "parents": [)" +
+         parents + R"(], "properties": {"Peripheral Device Type": 0,
+        "Logical Unit Unique Identifier": {"$data": ")" +
+         digits + R"("},
+        "Vendor Identification": "EXAMPLE", "Product Identification": "Simulated LUN",
+        "Load Balancing Algorithm": "Modified Round Robin", "Batch Count": 8},
+      "statistics": {"sent": )" +
+         digits + R"(, "received": 3, "commands": 4}})" + entries;
 }
 
 }  // namespace tavrenix::lab

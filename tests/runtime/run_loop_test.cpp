@@ -10,19 +10,22 @@
 #include <thread>
 #include <vector>
 
+#include "runtime/c_bridge.hpp"
+#include "runtime/string.hpp"
+
 namespace {
 
 const ObStringRef kDefault = kObRunLoopDefaultMode;
+constinit ob::ConstantString otherMode("Other");
+const ObStringRef kOther = ob::toC<ObStringRef>(&otherMode.string);
 
-// A source that counts what is called, and can be told what to do when it is performed.
+// A source that notes what is called, and can be told what to do when it is performed.
 struct Probe {
   std::atomic<int> references{0};
-  int scheduled = 0;
-  int cancelled = 0;
   int performed = 0;
+  std::string modes;  // "+Mode " where it is scheduled, "-Mode " where that is cancelled
   ObRunLoopRef lastLoop = nullptr;
-  std::string lastMode;
-  std::function<void()> onPerform;
+  std::function<void()> onPerform = [] {};
   ObRunLoopSourceRef source = nullptr;
 
   Probe() {
@@ -31,215 +34,223 @@ struct Probe {
     context.retain = [](void* info) { ++of(info).references; };
     context.release = [](void* info) { --of(info).references; };
     context.schedule = [](void* info, ObRunLoopRef loop, ObStringRef mode) {
-      ++of(info).scheduled;
-      of(info).lastLoop = loop;
-      of(info).lastMode = ObStringGetUTF8(mode);
+      of(info).note("+", loop, mode);
     };
     context.cancel = [](void* info, ObRunLoopRef loop, ObStringRef mode) {
-      ++of(info).cancelled;
-      of(info).lastLoop = loop;
-      of(info).lastMode = ObStringGetUTF8(mode);
+      of(info).note("-", loop, mode);
     };
     context.perform = [](void* info) {
       ++of(info).performed;
-      if (of(info).onPerform) of(info).onPerform();
+      of(info).onPerform();
     };
     source = ObRunLoopSourceCreate(&context);
   }
+  explicit Probe(ObStringRef mode) : Probe() { add(mode); }
   Probe(const Probe&) = delete;
   Probe& operator=(const Probe&) = delete;
   ~Probe() {
-    if (source == nullptr) return;
     ObRunLoopSourceInvalidate(source);
-    drop();
+    ObRelease(source);
+    while (references != 0) std::this_thread::yield();  // the loop of another thread may be at it
   }
-  void drop() { ObRelease(std::exchange(source, nullptr)); }
-  bool add(ObStringRef mode = kDefault) {
-    return ObRunLoopAddSource(ObRunLoopGetCurrent(), source, mode);
-  }
+  bool add(ObStringRef mode) { return ObRunLoopAddSource(ObRunLoopGetCurrent(), source, mode); }
   bool remove(ObStringRef mode = kDefault) {
     return ObRunLoopRemoveSource(ObRunLoopGetCurrent(), source, mode);
   }
+  void signal() { ObRunLoopSourceSignal(source); }
+
+ private:
   static Probe& of(void* info) { return *static_cast<Probe*>(info); }
-};
-
-class RunLoop : public testing::Test {
- protected:
-  ~RunLoop() override { ObRelease(otherMode); }
-  static bool readable() {
-    pollfd waited{ObRunLoopGetDescriptor(ObRunLoopGetCurrent()), POLLIN, 0};
-    return poll(&waited, 1, 0) == 1;
+  void note(const char* sign, ObRunLoopRef loop, ObStringRef mode) {
+    modes += sign + std::string(ObStringGetUTF8(mode)) + " ";
+    lastLoop = loop;
   }
-  ObStringRef otherMode = ObStringCreateWithUTF8("Other");
 };
 
-TEST_F(RunLoop, EachThreadHasOneOfItsOwn) {
-  ObRunLoopRef mine = ObRunLoopGetCurrent();
-  EXPECT_EQ(mine, ObRunLoopGetCurrent());
-  EXPECT_EQ(ObGetTypeID(mine), ObRunLoopGetTypeID());
+bool readable() {
+  pollfd waited{ObRunLoopGetDescriptor(ObRunLoopGetCurrent()), POLLIN, 0};
+  return poll(&waited, 1, 0) == 1;
+}
+
+// From another thread, and over when it returns.
+void elsewhere(const std::function<void()>& work) {
+  std::thread(work).join();
+}
+
+TEST(RunLoop, EachThreadHasOneOfItsOwn) {
   ObRunLoopRef other = nullptr;
-  std::thread([&] { other = ObRunLoopGetCurrent(); }).join();
+  elsewhere([&] { other = ObRunLoopGetCurrent(); });
   EXPECT_NE(other, nullptr);
-  EXPECT_NE(mine, other);
+  EXPECT_NE(ObRunLoopGetCurrent(), other);
+  EXPECT_EQ(ObRunLoopGetCurrent(), ObRunLoopGetCurrent());
 }
 
-TEST_F(RunLoop, ScheduleAndCancelAreCalledWithinAddRemoveAndInvalidate) {
+TEST(RunLoop, ScheduleAndCancelAreCalledWithinAddRemoveAndInvalidate) {
+  const std::string usual = ObStringGetUTF8(kDefault);
   Probe probe;
-  ObRunLoopRef loop = ObRunLoopGetCurrent();
-  EXPECT_TRUE(probe.add());
-  EXPECT_EQ(probe.scheduled, 1);
-  EXPECT_EQ(probe.lastLoop, loop);
-  EXPECT_EQ(probe.lastMode, ObStringGetUTF8(kDefault));
-  EXPECT_TRUE(probe.add()) << "a second time is no failure";
-  EXPECT_EQ(probe.scheduled, 1);
-  EXPECT_TRUE(probe.add(otherMode));
-  EXPECT_EQ(probe.scheduled, 2);
-  EXPECT_TRUE(ObRunLoopContainsSource(loop, probe.source, otherMode));
-
+  EXPECT_TRUE(probe.add(kDefault));
+  EXPECT_TRUE(probe.add(kDefault)) << "a second time is no failure";
+  EXPECT_EQ(probe.modes, "+" + usual + " ");
+  EXPECT_EQ(probe.lastLoop, ObRunLoopGetCurrent());
+  EXPECT_TRUE(probe.add(kOther));
+  EXPECT_TRUE(ObRunLoopContainsSource(ObRunLoopGetCurrent(), probe.source, kOther));
   EXPECT_TRUE(probe.remove());
-  EXPECT_EQ(probe.cancelled, 1);
   EXPECT_FALSE(probe.remove());
-  EXPECT_EQ(probe.cancelled, 1);
+  EXPECT_EQ(probe.modes, "+" + usual + " +Other -" + usual + " ");
   ObRunLoopSourceInvalidate(probe.source);
-  EXPECT_EQ(probe.cancelled, 2);
-  EXPECT_EQ(probe.lastMode, "Other");
   EXPECT_FALSE(ObRunLoopSourceIsValid(probe.source));
-  EXPECT_FALSE(probe.add());
-  EXPECT_EQ(probe.scheduled, 2);
+  EXPECT_FALSE(probe.add(kDefault));
+  EXPECT_EQ(probe.modes, "+" + usual + " +Other -" + usual + " -Other ");
 }
 
-TEST_F(RunLoop, TheLoopHoldsASourceAndTheSourceItsInfo) {
-  Probe probe;
+TEST(RunLoop, TheLoopHoldsASourceAndTheSourceItsInfo) {
+  Probe probe(kOther);
   EXPECT_EQ(probe.references, 1);
-  ObRunLoopSourceRef source = probe.source;
-  probe.add();
-  probe.drop();
+  ObRunLoopSourceRef source = std::exchange(probe.source, nullptr);
+  ObRelease(source);
   EXPECT_EQ(probe.references, 1) << "held by the loop";
-  EXPECT_TRUE(ObRunLoopRemoveSource(ObRunLoopGetCurrent(), source, kDefault));
-  EXPECT_EQ(probe.cancelled, 1) << "before the last reference went";
+  EXPECT_TRUE(ObRunLoopRemoveSource(ObRunLoopGetCurrent(), source, kOther));
+  EXPECT_EQ(probe.modes, "+Other -Other ") << "before the last reference went";
   EXPECT_EQ(probe.references, 0);
 }
 
-TEST_F(RunLoop, PerformsSignalledSourcesOfTheModeOnce) {
+TEST(RunLoop, PerformsSignalledSourcesOfTheModeOnce) {
   Probe probe;
-  Probe elsewhere;
-  probe.add();
-  elsewhere.add(otherMode);
-  ObRunLoopSourceSignal(probe.source);
-  ObRunLoopSourceSignal(probe.source);
-  ObRunLoopSourceSignal(elsewhere.source);
+  probe.signal();  // before it is added
+  probe.add(kDefault);
+  Probe other(kOther);
+  other.signal();
   EXPECT_EQ(ObRunLoopRunInMode(kDefault, 0), kObRunLoopTimedOut);
   EXPECT_EQ(probe.performed, 1);
-  EXPECT_EQ(elsewhere.performed, 0);
-  EXPECT_EQ(ObRunLoopRunInMode(otherMode, 0), kObRunLoopTimedOut);
-  EXPECT_EQ(elsewhere.performed, 1) << "the run in another mode forgot its signal";
-  EXPECT_EQ(ObRunLoopRunInMode(kDefault, 0), kObRunLoopTimedOut);
-  EXPECT_EQ(probe.performed, 1);
-}
-
-TEST_F(RunLoop, ASignalBeforeTheAddIsNotForgotten) {
-  Probe probe;
-  ObRunLoopSourceSignal(probe.source);
-  probe.add();
-  EXPECT_TRUE(readable());
+  EXPECT_EQ(other.performed, 0);
+  EXPECT_EQ(ObRunLoopRunInMode(kOther, 0), kObRunLoopTimedOut);
+  EXPECT_EQ(other.performed, 1) << "the run in another mode forgot its signal";
+  probe.signal();
+  probe.signal();
   EXPECT_TRUE(ObRunLoopPerformDue(kDefault));
-  EXPECT_EQ(probe.performed, 1);
+  EXPECT_FALSE(ObRunLoopPerformDue(kDefault));
+  EXPECT_EQ(probe.performed, 2);
 }
 
-TEST_F(RunLoop, AClientsOwnLoopNeedsTheDescriptorAndPerformDueAlone) {
-  Probe probe;
-  probe.add();
+TEST(RunLoop, TheDescriptorIsReadableAsLongAsSomethingIsDue) {
+  Probe probe(kDefault);
+  Probe other(kOther);
   ObRunLoopPerformDue(kDefault);
   EXPECT_FALSE(readable());
-  EXPECT_FALSE(ObRunLoopPerformDue(kDefault));
-  std::thread([&] { ObRunLoopSourceSignal(probe.source); }).join();
-  EXPECT_TRUE(readable());
+  elsewhere([&] { probe.signal(); });
+  EXPECT_FALSE(ObRunLoopPerformDue(kOther));
+  EXPECT_TRUE(readable()) << "what is due in another mode";
   probe.onPerform = [&] {
-    if (probe.performed == 1) ObRunLoopSourceSignal(probe.source);  // more work, from within
+    if (probe.performed == 1) probe.signal();
   };
   EXPECT_TRUE(ObRunLoopPerformDue(kDefault));
-  EXPECT_EQ(probe.performed, 1);
   EXPECT_TRUE(readable()) << "what came up while performing";
   EXPECT_TRUE(ObRunLoopPerformDue(kDefault));
   EXPECT_EQ(probe.performed, 2);
   EXPECT_FALSE(readable());
+  ObRunLoopWakeUp(ObRunLoopGetCurrent());
+  EXPECT_TRUE(readable());
+  EXPECT_FALSE(ObRunLoopPerformDue(kDefault));
+  EXPECT_FALSE(readable());
 }
 
-TEST_F(RunLoop, ARunEndsWhenNoSourceIsLeft) {
-  EXPECT_EQ(ObRunLoopRunInMode(otherMode, 60), kObRunLoopFinished);
-  Probe probe;
-  probe.add();
-  probe.onPerform = [&] { ObRunLoopSourceInvalidate(probe.source); };
-  ObRunLoopSourceSignal(probe.source);
-  ObRunLoopRun();
-  EXPECT_EQ(probe.performed, 1);
-  EXPECT_EQ(probe.cancelled, 1);
-}
+TEST(RunLoop, ARunEndsWhenNoSourceIsLeft) {
+  EXPECT_EQ(ObRunLoopRunInMode(kOther, 60), kObRunLoopFinished);
+  Probe probe(kOther);
+  probe.onPerform = [&] {
+    probe.remove(kOther);
+    ObRunLoopPerformDue(kDefault);  // which leaves the end to the run around it
+  };
+  probe.signal();
+  EXPECT_EQ(ObRunLoopRunInMode(kOther, 60), kObRunLoopFinished);
 
-TEST_F(RunLoop, AnotherThreadsRemoveEndsAWaitingRun) {
-  Probe probe;
-  probe.add();
   ObRunLoopRef loop = ObRunLoopGetCurrent();
   std::promise<void> running;
   probe.onPerform = [&] { running.set_value(); };
-  ObRunLoopSourceSignal(probe.source);
+  probe.add(kOther);
+  probe.signal();
   std::thread remover([&] {
     running.get_future().wait();
-    ObRunLoopRemoveSource(loop, probe.source, kDefault);
+    ObRunLoopRemoveSource(loop, probe.source, kOther);
   });
-  EXPECT_EQ(ObRunLoopRunInMode(kDefault, 60), kObRunLoopFinished);
+  EXPECT_EQ(ObRunLoopRunInMode(kOther, 60), kObRunLoopFinished) << "while it waited";
   remover.join();
 }
 
-TEST_F(RunLoop, StopEndsTheInnermostRunOrElseTheNextOne) {
-  Probe probe;
-  probe.add();
+TEST(RunLoop, StopEndsTheInnermostRunOrElseTheNextOne) {
+  Probe probe(kDefault);
   ObRunLoopRef loop = ObRunLoopGetCurrent();
-  std::thread([&] { ObRunLoopStop(loop); }).join();
+  elsewhere([&] { ObRunLoopStop(loop); });
   EXPECT_EQ(ObRunLoopRunInMode(kDefault, 60), kObRunLoopStopped);
 
   ObRunLoopResult inner{};
   probe.onPerform = [&] {
-    if (probe.performed > 1) return;
-    std::thread([&] { ObRunLoopStop(loop); }).join();
+    elsewhere([&] { ObRunLoopStop(loop); });
     inner = ObRunLoopRunInMode(kDefault, 60);
   };
-  ObRunLoopSourceSignal(probe.source);
+  probe.signal();
   EXPECT_EQ(ObRunLoopRunInMode(kDefault, 0), kObRunLoopTimedOut) << "the stop was the inner run's";
   EXPECT_EQ(inner, kObRunLoopStopped);
+
+  probe.performed = 0;
+  probe.onPerform = [&] {
+    probe.performed == 1 ? probe.signal() : ObRunLoopStop(loop);
+    ObRunLoopPerformDue(kOther);  // which leaves signal and stop to the run around it
+  };
+  probe.signal();
+  EXPECT_EQ(ObRunLoopRunInMode(kDefault, 60), kObRunLoopStopped);
+  EXPECT_EQ(probe.performed, 2);
 }
 
-TEST_F(RunLoop, ACallbackMayRemoveAnotherSourceThatIsDueInTheSamePass) {
-  Probe first;
-  Probe second;
-  first.add();
-  second.add();
+// A wake sends the run round; the stop comes while it is on its way.
+TEST(RunLoop, AStopThatComesRightAfterAWakeIsNotLost) {
+  constexpr int kRounds = 20000;
+  Probe probe(kDefault);
+  std::atomic<int> round{0};
+  std::thread stopper([&, loop = ObRunLoopGetCurrent()] {
+    for (int next = 1; next <= kRounds; ++next) {
+      while (round.load() != next) std::this_thread::yield();
+      ObRunLoopWakeUp(loop);
+      ObRunLoopStop(loop);
+    }
+  });
+  int stopped = 0;
+  for (int next = 1; next <= kRounds; ++next) {
+    round = next;
+    if (ObRunLoopRunInMode(kDefault, 1e9) == kObRunLoopStopped) ++stopped;
+  }
+  stopper.join();
+  EXPECT_EQ(stopped, kRounds);
+}
+
+TEST(RunLoop, ACallbackMayRemoveAnotherSourceThatIsDueInTheSamePass) {
+  Probe first(kDefault);
+  Probe second(kDefault);
   first.onPerform = [&] { second.remove(); };
-  ObRunLoopSourceSignal(first.source);
-  ObRunLoopSourceSignal(second.source);
+  first.signal();
+  second.signal();
   ObRunLoopPerformDue(kDefault);
   EXPECT_EQ(first.performed, 1);
   EXPECT_EQ(second.performed, 0);
 }
 
-TEST_F(RunLoop, TheEndOfAThreadCancelsWhatItsLoopHolds) {
+TEST(RunLoop, TheEndOfAThreadCancelsWhatItsLoopHolds) {
   Probe probe;
   ObRunLoopRef loop = nullptr;
-  std::thread([&] {
+  elsewhere([&] {
     loop = ObRunLoopGetCurrent();
     ObRetain(loop);
-    probe.add();
-  }).join();
-  EXPECT_EQ(probe.cancelled, 1);
+    probe.add(kOther);
+  });
+  EXPECT_EQ(probe.modes, "+Other -Other ");
   EXPECT_EQ(probe.lastLoop, loop);
-  EXPECT_FALSE(ObRunLoopAddSource(loop, probe.source, kDefault)) << "nobody would perform it";
-  EXPECT_EQ(probe.scheduled, 1);
-  EXPECT_EQ(ObRunLoopGetDescriptor(nullptr), -1);
+  EXPECT_FALSE(ObRunLoopAddSource(loop, probe.source, kOther)) << "nobody would perform it";
+  EXPECT_EQ(probe.modes, "+Other -Other ");
   ObRunLoopStop(loop);
   ObRelease(loop);
 }
 
-TEST_F(RunLoop, RefusesWhatIsNoLoopSourceOrMode) {
+TEST(RunLoop, RefusesWhatIsNoLoopSourceOrMode) {
   Probe probe;
   ObRunLoopRef loop = ObRunLoopGetCurrent();
   EXPECT_FALSE(ObRunLoopAddSource(nullptr, probe.source, kDefault));
@@ -247,6 +258,8 @@ TEST_F(RunLoop, RefusesWhatIsNoLoopSourceOrMode) {
   EXPECT_FALSE(ObRunLoopAddSource(loop, probe.source, nullptr));
   EXPECT_EQ(ObRunLoopSourceCreate(nullptr), nullptr);
   EXPECT_FALSE(ObRunLoopSourceIsValid(nullptr));
+  EXPECT_EQ(ObRunLoopGetDescriptor(nullptr), -1);
+  ObRunLoopWakeUp(nullptr);
   const ObRunLoopSourceContext empty{};
   ObRunLoopSourceRef silent = ObRunLoopSourceCreate(&empty);
   EXPECT_TRUE(ObRunLoopAddSource(loop, silent, kDefault));
@@ -257,45 +270,31 @@ TEST_F(RunLoop, RefusesWhatIsNoLoopSourceOrMode) {
 }
 
 // For the thread sanitizer above all: sources are retained, released, signalled and invalidated by
-// other threads while loops run, and no signal is lost.
-TEST_F(RunLoop, ManyThreadsSignalWhileTheLoopRuns) {
-  constexpr int kSignallers = 4;
+// other threads while a loop runs, and no signal is lost.
+TEST(RunLoop, ManyThreadsSignalWhileTheLoopRuns) {
   constexpr int kRounds = 500;
   std::promise<ObRunLoopRef> started;
-  std::atomic<int> performed{0};
   std::thread runner([&] {
-    Probe keepsRunning;
-    keepsRunning.add();
+    const Probe keepsRunning(kDefault);
     started.set_value(ObRunLoopGetCurrent());
     ObRunLoopRun();
   });
   ObRunLoopRef loop = started.get_future().get();
+  const auto signalMany = [&] {
+    for (int round = 0; round < kRounds; ++round) {
+      std::promise<void> done;
+      Probe probe;
+      probe.onPerform = [&] { done.set_value(); };
+      ObRunLoopAddSource(loop, probe.source, kDefault);
+      probe.signal();
+      done.get_future().wait();
+    }
+  };
   std::vector<std::thread> signallers;
-  for (int i = 0; i < kSignallers; ++i) {
-    signallers.emplace_back([&] {
-      for (int round = 0; round < kRounds; ++round) {
-        std::promise<void> done;
-        ObRunLoopSourceContext context{};
-        auto onPerform = [&] {
-          ++performed;
-          done.set_value();
-        };
-        using OnPerform = decltype(onPerform);
-        context.info = &onPerform;
-        context.perform = [](void* info) { (*static_cast<OnPerform*>(info))(); };
-        ObRunLoopSourceRef source = ObRunLoopSourceCreate(&context);
-        ObRunLoopAddSource(loop, source, kDefault);
-        ObRunLoopSourceSignal(source);
-        done.get_future().wait();
-        ObRunLoopSourceInvalidate(source);
-        ObRelease(source);
-      }
-    });
-  }
+  for (int i = 0; i < 4; ++i) signallers.emplace_back(signalMany);
   for (auto& signaller : signallers) signaller.join();
   ObRunLoopStop(loop);
   runner.join();
-  EXPECT_EQ(performed, kSignallers * kRounds);
 }
 
 }  // namespace

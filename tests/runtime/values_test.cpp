@@ -3,6 +3,7 @@
 #include <tavrenix/ob.h>
 
 #include <cmath>
+#include <set>
 
 #include "runtime/c_bridge.hpp"
 #include "runtime/error.hpp"
@@ -66,56 +67,127 @@ TEST(Numbers, ConvertOnlyWhatTheyRepresentExactly) {
               each.asSigned.has_value());
     EXPECT_EQ(untouched, each.asSigned.value_or(77));
   }
+  EXPECT_EQ(ob::Number::make(UINT64_MAX)->asDouble(), 18446744073709551616.0);  // the nearest
+}
+
+ob::Ref<ob::Dictionary> dictionary(const char* key, ob::Ref<const ob::Object> value) {
+  ob::DictionaryBuilder builder(1);
+  builder.add(*ob::String::make(key), std::move(value));
+  return builder.build();
 }
 
 TEST(Values, AreEqualByValueWithinTheirKind) {
   const std::uint8_t bytes[] = {1, 2};
   const auto one = ob::Number::make(std::int64_t{1});
-  EXPECT_TRUE(one->equals(*ob::Number::make(std::uint64_t{1})));
-  EXPECT_TRUE(one->equals(*ob::Number::make(1.0)));
-  EXPECT_FALSE(one->equals(*ob::Boolean::of(true)));
-  EXPECT_TRUE(ob::Data::make(bytes)->equals(*ob::Data::make(bytes)));
-  EXPECT_FALSE(ob::Data::make(bytes)->equals(*ob::String::make("\x01\x02")));
-  EXPECT_TRUE(ob::Date::make(5)->equals(*ob::Date::make(5)));
-  EXPECT_TRUE(ob::Array::make({one})->equals(*ob::Array::make({ob::Number::make(1.0)})));
-  EXPECT_FALSE(ob::Array::make({one})->equals(*ob::Array::make({})));
-  ob::DictionaryBuilder left(1), right(1), other(1);
-  left.add(*ob::String::make("k"), one);
-  right.add(*ob::String::make("k"), ob::Number::make(1.0));
-  other.add(*ob::String::make("l"), one);
-  const auto dictionary = left.build();
-  EXPECT_TRUE(dictionary->equals(*right.build()));
-  EXPECT_FALSE(dictionary->equals(*other.build()));
-  EXPECT_TRUE(ObEqual(nullptr, nullptr));
-  EXPECT_FALSE(ObEqual(nullptr, one.get()));
+  const auto alsoOne = ob::Number::make(1.0);
+  const std::vector<std::vector<ob::Ref<const ob::Object>>> groups = {
+      {nullptr},
+      {one, alsoOne, ob::Number::make(std::uint64_t{1})},
+      {ob::Number::make(1.5), ob::Number::make(1.5)},
+      {ob::Number::make(UINT64_MAX), ob::Number::make(UINT64_MAX)},
+      {ob::Ref<const ob::Object>::retain(ob::Boolean::of(true))},
+      {ob::String::make("\x01\x02"), ob::String::make("\x01\x02")},
+      {ob::Data::make(bytes), ob::Data::make(bytes)},
+      {ob::Date::make(5), ob::Date::make(5)},
+      {ob::Array::make({one}), ob::Array::make({alsoOne})},
+      {ob::Array::make({})},
+      {dictionary("k", one), dictionary("k", alsoOne)},
+      {dictionary("l", one)},
+      {dictionary("k", ob::Number::make(2.0))},
+  };
+  for (const auto& mine : groups) {
+    for (const auto& others : groups) {
+      for (const auto& other : others) {
+        EXPECT_EQ(ObEqual(mine.front().get(), other.get()), &mine == &others)
+            << (&mine - groups.data()) << " and " << (&others - groups.data());
+      }
+    }
+  }
 }
 
-TEST(CFace, ReportsAbsenceForOtherKinds) {
+// One object of each kind and none at all: every question is answered for its own kind alone.
+TEST(CFace, TellsEveryKindApartAndReportsAbsenceForTheOthers) {
+  const std::uint8_t bytes[] = {0x0A, 0xFF};
+  const auto text = ob::String::make("text");
   const auto number = ob::Number::make(std::int64_t{4});
-  const void* wrong = number.get();
-  EXPECT_EQ(ObStringGetUTF8(static_cast<ObStringRef>(wrong)), nullptr);
-  EXPECT_EQ(ObStringGetLength(static_cast<ObStringRef>(wrong)), 0u);
-  EXPECT_EQ(ObArrayGetCount(static_cast<ObArrayRef>(wrong)), 0u);
-  EXPECT_EQ(ObArrayGetValueAtIndex(static_cast<ObArrayRef>(wrong), 0), nullptr);
-  EXPECT_EQ(ObDictionaryGetValue(static_cast<ObDictionaryRef>(wrong), nullptr), nullptr);
-  EXPECT_EQ(ObErrorGetCode(static_cast<ObErrorRef>(wrong)), 0);
-  EXPECT_EQ(ObErrorCopyDescription(static_cast<ObErrorRef>(wrong)), nullptr);
-  EXPECT_EQ(ObDataGetLength(static_cast<ObDataRef>(wrong)), 0u);
-  EXPECT_FALSE(ObBooleanGetValue(static_cast<ObBooleanRef>(wrong)));
-  EXPECT_TRUE(ObNumberGetInt64(static_cast<ObNumberRef>(wrong), nullptr));
-  EXPECT_EQ(ObGetTypeID(nullptr), 0u);
-  EXPECT_EQ(ObGetTypeID(wrong), ObNumberGetTypeID());
+  const auto data = ob::Data::make(bytes);
+  const auto date = ob::Date::make(5);
   const auto array = ob::Array::make({number});
-  EXPECT_EQ(ObArrayGetValueAtIndex(ob::toC<ObArrayRef>(array.get()), 0), wrong);
-  EXPECT_EQ(ObArrayGetValueAtIndex(ob::toC<ObArrayRef>(array.get()), 1), nullptr);
+  const auto members = dictionary("text", number);
+  const auto error = ob::make<ob::Error>(text, 1, nullptr);
+  const ObRunLoopSourceContext nothing{};
+  const ObRunLoopSourceRef source = ObRunLoopSourceCreate(&nothing);
+  const ObDispatchQueueRef queue = ObDispatchQueueCreate(nullptr);
+  const std::pair<ObTypeRef, ObTypeID> kinds[] = {
+      {nullptr, 0},
+      {text.get(), ObStringGetTypeID()},
+      {number.get(), ObNumberGetTypeID()},
+      {kObBooleanTrue, ObBooleanGetTypeID()},
+      {data.get(), ObDataGetTypeID()},
+      {date.get(), ObDateGetTypeID()},
+      {array.get(), ObArrayGetTypeID()},
+      {members.get(), ObDictionaryGetTypeID()},
+      {error.get(), ObErrorGetTypeID()},
+      {ObRunLoopGetCurrent(), ObRunLoopGetTypeID()},
+      {source, ObRunLoopSourceGetTypeID()},
+      {queue, ObDispatchQueueGetTypeID()},
+  };
+  const auto key = ob::toC<ObStringRef>(text.get());
+  std::set<ObTypeID> seen;
+  for (const auto& each : kinds) {
+    const ObTypeRef object = each.first;
+    const ObTypeID kind = each.second;
+    SCOPED_TRACE(kind);
+    EXPECT_EQ(ObGetTypeID(object), kind);
+    EXPECT_TRUE(seen.insert(kind).second);
+    const auto is = [&](const auto& one) { return object == one.get(); };
+    EXPECT_STREQ(ObStringGetUTF8(static_cast<ObStringRef>(object)), is(text) ? "text" : nullptr);
+    EXPECT_EQ(ObStringGetLength(static_cast<ObStringRef>(object)), is(text) ? 4u : 0u);
+    EXPECT_EQ(ObNumberGetInt64(static_cast<ObNumberRef>(object), nullptr), is(number));
+    double value = -1;
+    EXPECT_EQ(ObNumberGetDouble(static_cast<ObNumberRef>(object), &value), is(number));
+    EXPECT_EQ(value, is(number) ? 4 : -1);
+    EXPECT_EQ(ObBooleanGetValue(static_cast<ObBooleanRef>(object)), object == kObBooleanTrue);
+    EXPECT_EQ(ObDataGetLength(static_cast<ObDataRef>(object)), is(data) ? 2u : 0u);
+    const std::uint8_t* first = ObDataGetBytes(static_cast<ObDataRef>(object));
+    EXPECT_EQ(first == nullptr ? 0 : first[1], is(data) ? 0xFF : 0);
+    EXPECT_EQ(ObDateGetUnixNanoseconds(static_cast<ObDateRef>(object)), is(date) ? 5 : 0);
+    EXPECT_EQ(ObArrayGetCount(static_cast<ObArrayRef>(object)), is(array) ? 1u : 0u);
+    EXPECT_EQ(ObArrayGetValueAtIndex(static_cast<ObArrayRef>(object), 1), nullptr);
+    EXPECT_EQ(ObArrayGetValueAtIndex(static_cast<ObArrayRef>(object), 0),
+              is(array) ? number.get() : nullptr);
+    EXPECT_EQ(ObDictionaryGetValue(static_cast<ObDictionaryRef>(object), nullptr), nullptr);
+    EXPECT_EQ(ObDictionaryGetValue(static_cast<ObDictionaryRef>(object), key),
+              is(members) ? number.get() : nullptr);
+    EXPECT_EQ(ObErrorGetCode(static_cast<ObErrorRef>(object)), is(error) ? 1 : 0);
+    const ObStringRef described = ObErrorCopyDescription(static_cast<ObErrorRef>(object));
+    EXPECT_EQ(described != nullptr, is(error));
+    ObRelease(described);
+  }
+  ObRelease(source);
+  ObRelease(queue);
+}
+
+TEST(CFace, WalksADictionaryInTheOrderOfItsFilling) {
+  ob::DictionaryBuilder builder(2);
+  builder.add(*ob::String::make("second"), ob::String::make("2"));
+  builder.add(*ob::String::make("first"), ob::String::make("1"));
+  const auto filled = builder.build();
+  std::string walked;
+  const ObDictionaryApplier apply = [](ObStringRef key, ObTypeRef value, void* context) {
+    *static_cast<std::string*>(context) += std::string(ObStringGetUTF8(key)) + "=" +
+                                           ObStringGetUTF8(static_cast<ObStringRef>(value)) + " ";
+  };
+  ObDictionaryApplyFunction(nullptr, apply, &walked);
+  ObDictionaryApplyFunction(ob::toC<ObDictionaryRef>(filled.get()), apply, &walked);
+  EXPECT_EQ(walked, "second=2 first=1 ");
 }
 
 TEST(Errors, DescribeThemselvesByMessageAndNumbers) {
   const auto plain = ob::make<ob::Error>(ob::String::make("Bad thing"), 0x08000001, nullptr);
   EXPECT_EQ(plain->description()->view(), "Bad thing (error 0x08000001)");
-  ob::DictionaryBuilder info(1);
-  info.add(*ob::String::make("Result"), ob::Number::make(std::int64_t{-16}));
-  const auto detailed = ob::make<ob::Error>(ob::String::make("Refused"), 0x08000003, info.build());
+  const auto info = dictionary("Result", ob::Number::make(std::int64_t{-16}));
+  const auto detailed = ob::make<ob::Error>(ob::String::make("Refused"), 0x08000003, info);
   EXPECT_EQ(detailed->description()->view(), "Refused (error 0x08000003, result -16)");
 }
 

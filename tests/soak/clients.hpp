@@ -1,79 +1,74 @@
-// The three kinds of client. Each works on a thread of its own, one call at a time, with handles
-// that it keeps for a while, also when their devices are gone by then.
+// The clients. Each works on one thread, one call at a time, with handles that it keeps for a
+// while, also when their devices are gone by then.
 #pragma once
 
+#include "tests/library/failing_new.hpp"
 #include "tests/library/notification_clients.hpp"
+#include "tests/soak/shown.hpp"
 #include "tests/soak/world.hpp"
 
 namespace tavrenix::soak {
 
-// Some handles, the oldest given up for the newest.
+// Some handles, none as long as a place is empty.
 template <class CRef>
-class Kept {
- public:
-  void add(CRef handle) {
-    if (handle != nullptr) {
-      place_[next_++ % kPlaces] = test::Owned<CRef>(static_cast<CRef>(ObRetain(handle)));
-    }
-  }
-  // Null as long as that place is empty.
-  CRef draw(Random& random) const { return place_[random.below(kPlaces)].get(); }
+using Kept = std::array<test::Owned<CRef>, 8>;
 
- private:
-  static constexpr std::size_t kPlaces = 8;
-  std::array<test::Owned<CRef>, kPlaces> place_;
-  std::size_t next_ = 0;
-};
+template <class CRef>
+void keep(CRef handle, Kept<CRef>& kept, Random& random) {
+  random.oneOf(kept) = test::Owned<CRef>(static_cast<CRef>(ObRetain(handle)));
+}
 
+// One that lists or one that changes.
 class Client {
  public:
-  Client(World& world, Turns& turns, Random random)
-      : world_(world), turns_(turns), random_(random) {}
-  virtual ~Client() = default;
-  Client(const Client&) = delete;
-  Client& operator=(const Client&) = delete;
-  // One operation, as drawn.
-  virtual void work() = 0;
-  // On the same thread, when the work is over and the storm is calm.
-  virtual void finish() {}
+  Client(World& world, Stream stream) : world_(world), random_(world.seed, stream) {}
+  // One operation, as drawn: lists, or copies properties and statistics.
+  void list();
+  // One operation, as drawn: lists, or changes algorithm, batch count and path states.
+  void change();
 
  protected:
-  void listUnits();
-  void listPaths();
-  void note(const std::optional<std::string>& fault, std::uint64_t answer);
+  // What the call answers, at times where its first allocation fails: that of its scratch pool.
+  template <class Call, class... Arguments>
+  auto ask(Call call, Arguments... arguments) {
+    if (world_.storm.isRaging() && random_.onceIn(50)) test::failAllocationAfter(0);
+    const auto answer = call(arguments...);
+    test::allocationFailed();  // forgets an order that was not carried out
+    return answer;
+  }
+  void noteAnswer(bool done, ObErrorRef error);
 
   World& world_;
-  Turns& turns_;
   Random random_;
   Kept<MPIOLogicalUnitRef> units_;
   Kept<MPIOLogicalUnitPathRef> paths_;
-};
-
-// Lists, and copies properties and statistics.
-class Lister final : public Client {
- public:
-  using Client::Client;
-  void work() override;
-};
-
-// Changes algorithm, batch count and path states.
-class Changer final : public Client {
- public:
-  using Client::Client;
-  void work() override;
 
  private:
-  void changeUnit(MPIOLogicalUnitRef unit);
-  void changePath(MPIOLogicalUnitPathRef path);
+  void listUnits();
+  void listPaths();
+  template <class CRef>
+  void keepOne(ObArrayRef handles, Kept<CRef>& kept);
+  template <class CRef>
+  void copy(ObDictionaryRef (*copied)(CRef), CRef handle);
+  void lookUp(MPIOLogicalUnitRef unit);
+  void setAlgorithm(MPIOLogicalUnitRef unit);
+  void setBatchCount(MPIOLogicalUnitRef unit);
+  void setPath(MPIOLogicalUnitPathRef path);
+  // isThere: whether the host has what the library says that it took.
+  template <class IsThere, class Call, class... Arguments>
+  void tryToChange(IsThere isThere, Call call, Arguments... arguments);
+  // What the driver shows of the unit under that name.
+  Words published(MPIOLogicalUnitRef unit, const ob::String& name);
 };
 
 // Registers for notifications in both forms, is told of what comes and goes, and gives up again, at
 // times within a call.
-class Listener final : public Client {
+class Listener final : Client {
  public:
-  Listener(World& world, Turns& turns, Random random);
-  void work() override;
-  void finish() override;
+  explicit Listener(World& world);
+  void work();
+  // On the same thread, when the storm is calm.
+  void finish();
   // Returns when the queue has nothing to do.
   void settle() { onQueue_.settle(); }
   // Handles that stay with the host because a creation on the queue fails without undoing what it

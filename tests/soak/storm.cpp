@@ -2,8 +2,6 @@
 
 #include <new>
 
-#include "tests/library/failing_new.hpp"
-
 namespace tavrenix::soak {
 
 using test::Operation;
@@ -22,10 +20,11 @@ std::uint64_t callsPerFault(Operation operation) {
     case Operation::kGetRunLoopSource:
     case Operation::kClassMatching:
     case Operation::kAddMatchingNotification:
+    case Operation::kFindServicesByEntryID:
       return 20;
     case Operation::kFindServicesByClass:
-    case Operation::kFindServicesByEntryID:
     case Operation::kTunable:
+    case Operation::kDescribe:
       return 100;
     default:
       return 400;
@@ -53,15 +52,6 @@ bool Storm::fails(Operation operation) {
     ++granted;
   }
   return false;
-}
-
-PoolFault::PoolFault(const Storm& storm, Random& random)
-    : ordered_(storm.isRaging() && random.onceIn(50)) {
-  if (ordered_) test::failAllocationAfter(0);
-}
-
-PoolFault::~PoolFault() {
-  if (ordered_) test::allocationFailed();
 }
 
 }  // namespace tavrenix::soak

@@ -1,4 +1,4 @@
-// The faults: operations of the host, and allocations, that fail as drawn.
+// The faults: operations of the host that fail as drawn.
 #pragma once
 
 #include <atomic>
@@ -18,7 +18,6 @@ class Storm {
   Storm& operator=(const Storm&) = delete;
   ~Storm() { watch_.alsoFails = nullptr; }
 
-  void rage() noexcept { raging_ = true; }
   void calm() noexcept { raging_ = false; }
   bool isRaging() const noexcept { return raging_; }
 
@@ -33,21 +32,8 @@ class Storm {
 
   test::Watch& watch_;
   Random random_;
-  std::atomic<bool> raging_{false};
+  std::atomic<bool> raging_{true};
   Counts failed_{};
-};
-
-// Has the next allocation of this thread fail: that of a call's scratch pool. Not where the storm
-// is calm, nor where the client's own draw says no.
-class PoolFault {
- public:
-  PoolFault(const Storm& storm, Random& random);
-  ~PoolFault();
-  PoolFault(const PoolFault&) = delete;
-  PoolFault& operator=(const PoolFault&) = delete;
-
- private:
-  bool ordered_;
 };
 
 }  // namespace tavrenix::soak

@@ -1,41 +1,42 @@
 #include "tests/soak/world.hpp"
 
+#include <unistd.h>
+
 namespace tavrenix::soak {
 
 namespace {
 
-// Each user of the seed has a stream of its own; those of clients follow.
-constexpr std::uint64_t kHandStream = 1;
-constexpr std::uint64_t kStormStream = 2;
-// In a drawn order clients are told only when the change is done, and get none.
-constexpr std::chrono::milliseconds kSomePatience{1};
+// Every write of the driver waits for the disk, where there is one.
+std::filesystem::path folder() {
+  const char* const memory = "/dev/shm";
+  return ::access(memory, W_OK | X_OK) == 0 ? memory : std::filesystem::temp_directory_path();
+}
 
 }  // namespace
 
-void Findings::add(std::string finding) {
-  constexpr std::size_t kMost = 10;
-  const std::lock_guard lock(mutex_);
-  if (found_.size() < kMost) found_.push_back(std::move(finding));
+World::World(std::uint64_t itsSeed, Order itsOrder)
+    : seed(itsSeed),
+      order(itsOrder),
+      scratch(folder()),
+      hand(simulated, scratch.path("image.json"), Random(seed, Stream::kHand)),
+      storm(seams.watch, Random(seed, Stream::kStorm)) {
+  // In a drawn order clients are told only when the change is done, and get no time.
+  if (order == Order::kFree) hand.setPatience(std::chrono::milliseconds(1));
 }
 
-std::vector<std::string> Findings::take() {
-  const std::lock_guard lock(mutex_);
-  return std::exchange(found_, {});
+std::unique_lock<std::recursive_mutex> World::alone() {
+  return order == Order::kFree ? std::unique_lock(clients)
+                               : std::unique_lock(clients, std::defer_lock);
 }
 
-void Findings::note(std::uint64_t answer) {
-  const std::lock_guard lock(mutex_);
-  sum_ = (sum_ ^ answer) * 0x100000001B3;
+void World::complain(const std::string& fault) {
+  constexpr int kMost = 10;
+  if (++complaints <= kMost) ADD_FAILURE() << fault;
 }
 
-World::World(std::uint64_t seed, Order itsOrder, std::uint32_t firstGeneration,
-             const std::filesystem::path& folder)
-    : order(itsOrder),
-      scratch(folder),
-      simulated([this](std::string_view line) { findings.add("the host: " + std::string(line)); }),
-      hand(simulated, scratch.path("image.json"), firstGeneration, Random(seed, kHandStream)),
-      storm(seams.watch, Random(seed, kStormStream)) {
-  if (order == Order::kFree) hand.setPatience(kSomePatience);
+void World::note(std::uint64_t answer) {
+  const std::lock_guard lock(noting);
+  sum = (sum ^ answer) * 0x100000001B3;
 }
 
 }  // namespace tavrenix::soak

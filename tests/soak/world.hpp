@@ -1,47 +1,42 @@
-// One host with its library, its storm and its turns: what everybody who works in a soak shares.
+// One host with its library and its storm: what everybody who works in a soak shares.
 #pragma once
-
-#include <string>
-#include <vector>
 
 #include "tests/lab/scratch.hpp"
 #include "tests/soak/hand.hpp"
 #include "tests/soak/storm.hpp"
-#include "tests/soak/turns.hpp"
 #include "tests/support/library_host.hpp"
 
 namespace tavrenix::soak {
 
-// What went wrong, and a sum over all that was answered. Any thread.
-class Findings {
- public:
-  // Keeps the first few.
-  void add(std::string finding);
-  std::vector<std::string> take();
-  // What the answers were follows from the seed, where the order does.
-  void note(std::uint64_t answer);
-  std::uint64_t sum() const noexcept { return sum_; }
-
- private:
-  std::mutex mutex_;
-  std::vector<std::string> found_;
-  std::uint64_t sum_ = 0;
-};
+// Drawn: one operation at a time, in an order that follows from the seed, so that a run can be had
+// again. Free: hand and clients each on a thread of its own, as the kernel pleases.
+enum class Order { kDrawn, kFree };
 
 struct World {
-  World(std::uint64_t seed, Order order, std::uint32_t firstGeneration,
-        const std::filesystem::path& folder);
+  World(std::uint64_t seed, Order order);
 
+  memory::MemoryRegistry& registry() { return simulated.memory().registry(); }
+  // For what clients serialise. In a drawn order nobody else is at work anyway, but for the queue
+  // of the listener, who waits for it.
+  std::unique_lock<std::recursive_mutex> alone();
+  // A failure of the test. Of very many the first few are told. Any thread.
+  void complain(const std::string& fault);
+  // Into the sum over all that was answered, which follows from the seed where the order does. Any
+  // thread.
+  void note(std::uint64_t answer);
+
+  const std::uint64_t seed;
   const Order order;
-  Findings findings;
+  std::recursive_mutex clients;
+  std::mutex noting;
+  std::uint64_t sum = 0;
+  std::atomic<int> complaints{0};
   lab::Scratch scratch;
-  lab::SimulatedHost simulated;
+  lab::SimulatedHost simulated{[this](std::string_view line) { complain(std::string(line)); }};
   Hand hand;
   test::WatchedSeams seams{simulated.memory()};
   Storm storm;
   test::UnderLibrary under{seams};
-
-  memory::MemoryRegistry& registry() { return simulated.memory().registry(); }
 };
 
 }  // namespace tavrenix::soak
