@@ -20,7 +20,7 @@ std::vector<std::uint8_t> bytesOfWorldWideName(std::string_view text) {
 
 std::vector<std::uint8_t> bytesOfText(std::string_view text) {
   constexpr std::size_t kLongestISCSIName = 223;  // RFC 3720
-  if (text == "(null)") return {};  // what the kernel prints where nobody has set it
+  if (text == "(null)") return {};                // what the kernel prints where nobody has set it
   text = text.substr(0, kLongestISCSIName);
   return {text.begin(), text.end()};
 }
