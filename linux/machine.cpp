@@ -157,7 +157,9 @@ std::vector<EntryID> Machine::pathsOf(const Unit& unit) {
   const auto unitID = identify(deviceEntry(Kind::kUnit, unit.device));
   for (const auto device : unit.paths) {
     const auto id = identify(deviceEntry(Kind::kPath, device));
-    if (!id) continue;  // gone, though the map has not let go of it yet
+    if (id) placeOf(*id);  // notices that it has gone since its link was listed
+    // Gone, though the map has not let go of it yet.
+    if (!id || !verify(*id)) continue;
     if (unitID) unitOfPath_.set(*id, *unitID);
     found.push_back(*id);
   }
@@ -187,6 +189,7 @@ std::shared_ptr<const Place> Machine::placeOf(EntryID path) {
   if (nameOf(path).kind != Kind::kPath || !verify(path)) return nullptr;
   if (const auto* known = places_.find(path)) return *known;
   const auto link = files_.link(folderOf(nameOf(path).device()));
+  if (!link) inodes_.set(linkOf(nameOf(path)), std::nullopt);
   auto read = link ? parsePlace(*link) : std::nullopt;
   if (!read) return nullptr;
   auto place = std::make_shared<const Place>(std::move(*read));

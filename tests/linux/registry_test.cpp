@@ -119,6 +119,8 @@ TEST(LinuxRegistry, WhoAsksAboutManyDevicesAsksOnceForAll) {
   }
   machine.remove("/sys/dev/block/8:112");
   EXPECT_TRUE(machine.has(last)) << "read with the eighth";
+  EXPECT_THAT(machine.relatives(machine.unit(3), kIterateParents), ElementsAre(machine.path(48)));
+  EXPECT_FALSE(machine.has(last)) << "noticed since";
 }
 
 TEST(LinuxRegistry, DevicesGoAndOthersTakeTheirNumbers) {
