@@ -47,9 +47,9 @@ TEST(Programs, RefuseABadLineInOneLine) {
   const std::tuple<Program, std::string, std::string> refusals[] = {
       {kLab, "--frobnicate", "unknown option --frobnicate; see tavrenix-lab --help"},
       {kWatch, "--follow", "unknown option --follow; see tavrenix-lab-watch --help"},
-      {kLab, bad + " list", bad + ": top level: the key \"entries\" is missing"},
-      {kWatch, bad, bad + ": top level: the key \"entries\" is missing"},
-      {kLab, none + " list", none + ": cannot be opened: No such file or directory"},
+      {kLab, "'" + bad + "' list", bad + ": top level: the key \"entries\" is missing"},
+      {kWatch, "'" + bad + "'", bad + ": top level: the key \"entries\" is missing"},
+      {kLab, "'" + none + "' list", none + ": cannot be opened: No such file or directory"},
       {kGenerate, "x 1", "UNITS must be a number from 0 to 1000000"},
       {kGenerate, "1000001 1", "UNITS must be a number from 0 to 1000000"},
       {kGenerate, "1 -1", "PATHS must be a number from 0 to 10000"},

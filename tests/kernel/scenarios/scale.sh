@@ -72,8 +72,9 @@ system_calls() {
   calls=$(grep -c '(.*= ' /tmp/calls)
   again=$(awk -F'"' '
     / openat\(/ {
-      inside = seen[$2]++ || ($2 ~ "/stat$" && ++stats > 8) # a few counters come from files, then all from a table
-      if (inside && $2 ~ "uevent_seqnum$") again++ # the maps were asked for before it
+      inside = $2 ~ "^/run/udev|/diskstats$|/uevent_seqnum$" && seen[$2]++
+      if (inside && $2 ~ "/uevent_seqnum$") again++ # the maps were asked for before it
+      if ($2 ~ "/stat$") inside = ++stats > 8 # a few counters come from files, then all from a table
     }
     inside { again++ }
     / close/ { inside = 0 }
