@@ -144,6 +144,10 @@ TEST_F(HostTest, NobodyScansBeforeDeparturesAreTakenUp) {
   };
   auto& registry = host_.memory().registry();
   show(R"("generation": 1, "entries": [{"id": 1, "class": "A"}])");
+  {
+    const memory::MemoryTunable::HeldGeneration held(host_.memory().tunable());
+    EXPECT_EQ(generation(), 0U) << "nobody has been told of any";
+  }
   EXPECT_EQ(generation(), 1U);
   show(R"("generation": 2, "entries": [{"id": 1, "class": "A"}])");  // nobody asks
   const RegistryPort port = registry.createNotificationPort();
