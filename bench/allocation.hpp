@@ -1,11 +1,11 @@
-// How much memory is allocated now.
+// Counts the memory that operator new has allocated.
 #pragma once
 
 #include <cstdint>
 
 namespace tavrenix::bench {
 
-// Bytes that operator new has handed out and not got back, as the allocator rounds them.
+// Returns the number of bytes that are allocated now, as the allocator rounds them.
 std::int64_t allocatedBytes() noexcept;
 
 }  // namespace tavrenix::bench

@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "model/registry_names.hpp"
-#include "tests/support/storage.hpp"
+#include "host/registry_names.hpp"
+#include "tests/support/sample_storage.hpp"
 
 namespace tavrenix::bench {
 

@@ -1,28 +1,29 @@
-// The floors: the same entries and the same rows by a plain loop, without objects, dictionaries or
-// locks.
+// The floors: plain loops that read the same entries and print the same rows as the library and the
+// command, but make no objects or dictionaries and take no locks. They show how fast the work could
+// be.
 #pragma once
 
 #include <cstdint>
 #include <cstdio>
 #include <vector>
 
-#include "model/disks.hpp"
-#include "model/memory/host.hpp"
+#include "host/host.hpp"
+#include "host/memory/memory_host.hpp"
 
 namespace tavrenix::bench {
 
 class Floor {
  public:
-  // Looks the entries up once, outside what is measured.
+  // Looks all entries up, so that this is not part of what is measured.
   Floor(memory::MemoryHost& host, std::uint64_t units, std::uint64_t paths);
 
-  // All that a first scan reads, and nothing of it kept.
+  // Reads all that a first scan reads, and keeps none of it.
   void scan() const;
-  // The rows of `list`.
+  // Prints the rows of `list`.
   void list(std::FILE* out) const;
-  // The rows of `info` for the last unit: all units are read three times and one is reported.
+  // Prints the rows of `info` for the last unit. Reads all units three times, as `info` does.
   void info(std::FILE* out) const;
-  // What one copy of a unit's, of a path's properties reads.
+  // Read what one copy of the properties of a unit, or of a path, reads.
   void unitProperties(std::uint64_t unit) const;
   void pathProperties(std::uint64_t unit, std::uint64_t path) const;
 

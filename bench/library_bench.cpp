@@ -8,10 +8,10 @@
 
 #include "bench/allocation.hpp"
 #include "bench/floor.hpp"
-#include "bench/host.hpp"
-#include "cli/main.hpp"
+#include "bench/measured_host.hpp"
+#include "cli/command.hpp"
 #include "library/manager.hpp"
-#include "tests/support/storage.hpp"
+#include "tests/support/sample_storage.hpp"
 
 namespace tavrenix::bench {
 
@@ -27,7 +27,7 @@ memory::MemoryHost& hostFor(const benchmark::State& state) {
   return hostWith(unitsOf(state), kPaths);
 }
 
-// Leaves the manager with everything scanned.
+// Makes the library scan, if it has not.
 void settle() {
   ObRelease(MPIOCopyLogicalUnits());
 }
@@ -41,8 +41,8 @@ void runTool(std::initializer_list<const char*> words) {
   std::fflush(stdout);
 }
 
-// Calls first, in each iteration, at the moment at which the library is loaded and has scanned
-// nothing.
+// Measures, in each iteration, the loading of the library, with its first scan, and a call of
+// `first`.
 template <class First>
 void fromLoading(benchmark::State& state, First first) {
   auto& host = hostFor(state);
@@ -82,7 +82,7 @@ void info(benchmark::State& state) {
   for (auto _ : state) runTool({"tavrenix", "info", "-i", identifier.c_str()});
 }
 
-using Elements = std::vector<ObTypeRef>;  // borrowed: the manager keeps them while nothing moves
+using Elements = std::vector<ObTypeRef>;  // borrowed from the manager, until the generation changes
 
 void append(Elements& elements, ObArrayRef array) {
   const std::size_t count = ObArrayGetCount(array);
@@ -104,13 +104,25 @@ Elements allPaths() {
   return paths;
 }
 
-// In each iteration the next of that many.
+// Calls work(0), work(1) and so on, one in each iteration, and begins again after `count`.
 template <class Work>
 void inTurn(benchmark::State& state, std::uint64_t count, Work work) {
   std::uint64_t next = 0;
   for (auto _ : state) {
     work(next);
     next = next + 1 == count ? 0 : next + 1;
+  }
+}
+
+// The least that a report of all units with the counters of their paths costs.
+void listAndCounters(benchmark::State& state) {
+  hostFor(state);
+  settle();
+  for (auto _ : state) {
+    runTool({"tavrenix", "list"});
+    for (ObTypeRef path : allPaths()) {
+      ObRelease(MPIOLogicalUnitPathCopyStatistics(static_cast<MPIOLogicalUnitPathRef>(path)));
+    }
   }
 }
 
@@ -130,7 +142,7 @@ void pathProperties(benchmark::State& state) {
   });
 }
 
-// The floor over the same storage, kept for as long as that storage stands.
+// Returns the floor over the storage of the benchmark. Makes it once for each number of units.
 const Floor& floorFor(const benchmark::State& state) {
   static std::uint64_t units = 0;
   static std::unique_ptr<Floor> floor;
@@ -178,13 +190,14 @@ void registerLibraryBenchmarks() {
     benchmark::RegisterBenchmark(name, function)->Arg(size)->Unit(benchmark::kMicrosecond);
   };
   for (const std::int64_t size :
-       {100, 1'000, 10'000, 100'000}) {  // size by size: storage is made once each
+       {100, 1'000, 10'000, 100'000}) {  // in this order, so that each storage is made once
     add("first_scan", size, firstScan);
     add("first_scan_floor", size,
         [](benchmark::State& state) { floorOf(state, [](const Floor& floor) { floor.scan(); }); });
     add("first_scan_and_list", size, firstScanAndList);
     add("first_scan_and_list_floor", size, firstScanAndListFloor);
     add("list_again", size, listAgain);
+    if (size == 1'000) add("list_and_counters", size, listAndCounters);
     add("list_floor", size, [](benchmark::State& state) {
       floorOf(state, [](const Floor& floor) {
         floor.list(stdout);

@@ -1,4 +1,4 @@
-// What is measured of the library and the front end.
+// The benchmarks of the library and of the command.
 #pragma once
 
 namespace tavrenix::bench {
@@ -6,7 +6,7 @@ namespace tavrenix::bench {
 // Registers the benchmarks of scan, list, info and property copies, each with its floor.
 void registerLibraryBenchmarks();
 
-// What the manager keeps, at 10,000 units.
+// The memory that the manager keeps, measured with 10,000 units.
 struct Memory {
   double bytesPerPath;
   double bytesPerUnit;  // without its paths

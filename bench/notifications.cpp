@@ -9,9 +9,9 @@
 #include <tavrenix/block.hpp>
 #include <thread>
 
-#include "bench/host.hpp"
-#include "model/registry_names.hpp"
-#include "tests/support/storage.hpp"
+#include "bench/measured_host.hpp"
+#include "host/registry_names.hpp"
+#include "tests/support/sample_storage.hpp"
 
 namespace tavrenix::bench {
 
@@ -19,13 +19,14 @@ namespace {
 
 constexpr std::uint64_t kPaths = 100;  // of the one unit
 
+// Counts the calls of clients.
 class Calls {
  public:
   void count() noexcept {
     ++calls_;
     calls_.notify_one();
   }
-  // Returns when so many more calls have come than it has returned for.
+  // Waits until `more` further calls have come, counted from those that it waited for before.
   void await(std::uint64_t more) noexcept {
     awaited_ += more;
     for (auto now = calls_.load(); now < awaited_; now = calls_.load()) calls_.wait(now);
@@ -36,7 +37,7 @@ class Calls {
   std::uint64_t awaited_ = 0;
 };
 
-// So many registrations of one client, on one queue.
+// A client with so many registrations on one queue.
 class OnQueue {
  public:
   OnQueue(std::size_t registrations, Calls& calls) {
@@ -65,7 +66,7 @@ class OnQueue {
   std::vector<MPIONotificationRef> made_;
 };
 
-// The same on one run loop, with a thread of its own.
+// A client with so many registrations on one run loop, which has a thread of its own.
 class OnRunLoop {
  public:
   OnRunLoop(std::size_t registrations, Calls& calls) {
@@ -77,7 +78,7 @@ class OnRunLoop {
       for (std::size_t i = 0; i < registrations; ++i) {
         ObRunLoopSourceRef source = MPIONotificationCreateRunLoopSource(called, &calls);
         ObRunLoopAddSource(own, source, kObRunLoopDefaultMode);
-        ObRelease(source);  // the loop holds it, and ends it with the thread
+        ObRelease(source);  // the loop retains it until the thread ends
       }
       loop.set_value(own);
       ObRunLoopRun();
@@ -98,7 +99,7 @@ class OnRunLoop {
   std::thread thread_;
 };
 
-// The first paths of the unit go, or come back together with a moved generation.
+// Removes the first paths of the unit, or adds them again and changes the generation.
 class Paths {
  public:
   explicit Paths(memory::MemoryHost& host) : host_(host) {
@@ -126,8 +127,8 @@ class Paths {
   std::vector<ob::Ref<const ob::Dictionary>> properties_;
 };
 
-// In each iteration count paths go, and come back when every registration has been told. An item is
-// one call.
+// Each iteration removes `count` paths, waits for the calls of all registrations, adds the paths
+// again, and waits for these calls. An item is one call.
 template <class Form>
 void goAndCome(benchmark::State& state, std::uint64_t count) {
   const auto registrations = static_cast<std::uint64_t>(state.range(0));
@@ -135,7 +136,7 @@ void goAndCome(benchmark::State& state, std::uint64_t count) {
   Paths paths(host);
   Calls calls;
   const Form form(registrations, calls);
-  calls.await(registrations * (1 + kPaths));  // what is present
+  calls.await(registrations * (1 + kPaths));  // for what is present at the start
   for (auto _ : state) {
     paths.go(count);
     calls.await(registrations * count);

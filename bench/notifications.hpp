@@ -1,5 +1,6 @@
-// How long it takes from an event at the registry to the clients' calls, and how many events get
-// through: both delivery forms, with 1, 10 and 100 registrations.
+// The benchmarks of notifications: the time from a change in the registry to the calls of the
+// clients, and the number of calls per second. Both forms of delivery, each with 1, 10 and 100
+// registrations.
 #pragma once
 
 namespace tavrenix::bench {

@@ -14,7 +14,8 @@ namespace {
 
 constexpr int kStarts = 400;
 
-// Microseconds, or a negative number where it cannot be started.
+// Returns the time of one run in microseconds, or a negative number if the program cannot be
+// started.
 double timeOf(const char* program) {
   posix_spawn_file_actions_t quiet;
   posix_spawn_file_actions_init(&quiet);

@@ -1,13 +1,13 @@
-// Whole processes, from their start to their end.
+// Measures whole processes, from start to end.
 #pragma once
 
 namespace tavrenix::bench {
 
 struct StartTimes {
-  double tool;       // microseconds, the median of many starts of `tavrenix` without arguments
-  double emptyTool;  // the same of /bin/true, started in turn with it
+  double tool;       // microseconds; the median of many runs of `tavrenix` without arguments
+  double emptyTool;  // the same for /bin/true; the two programs run in turn
 };
-// Zeros where a process cannot be started.
+// Returns zeros if a process cannot be started.
 StartTimes measureStart();
 
 }  // namespace tavrenix::bench

@@ -2,10 +2,12 @@
 
 #include <tavrenix/mpio.h>
 
+#include <cinttypes>
 #include <cstdint>
+#include <cstdio>
 #include <string_view>
 
-#include "cli/text.hpp"
+#include "cli/objects.hpp"
 
 namespace tavrenix::cli {
 
@@ -15,7 +17,7 @@ std::optional<std::string> plainText(ObDictionaryRef properties, ObStringRef key
   return asciiText(ObDictionaryGetValue(properties, key));
 }
 
-// These names differ from the words that --algorithm takes. Both are fixed.
+// Fixed: these names differ from the words that --algorithm takes.
 std::optional<std::string> algorithmName(ObDictionaryRef properties, ObStringRef key) {
   const auto value = static_cast<ObStringRef>(ObDictionaryGetValue(properties, key));
   if (ObStringCompare(value, kMPIOLogicalUnitAlgorithmLeastQueueDepth) == 0) {
@@ -28,7 +30,7 @@ std::optional<std::string> algorithmName(ObDictionaryRef properties, ObStringRef
   return std::nullopt;
 }
 
-// A path that does not say whether it is enabled counts as enabled.
+// A path without the key counts as enabled.
 std::optional<std::string> accessState(ObDictionaryRef properties, ObStringRef key) {
   const ObTypeRef enabled = ObDictionaryGetValue(properties, kMPIOLogicalUnitPathEnabledKey);
   if (enabled == kObBooleanFalse) return "Disabled";
@@ -41,6 +43,27 @@ std::optional<std::string> interconnectName(ObDictionaryRef properties, ObString
   return name;
 }
 
+struct SizeUnit {
+  const char* name;
+  std::int64_t divisor;
+};
+
+// Fixed: the ranges are uneven. 10^9 bytes are the first GB, and 10^12 bytes are the last.
+SizeUnit unitFor(std::int64_t bytes) {
+  if (bytes <= 999'999'999) return {"MB", 1'000'000};
+  if (bytes <= 1'000'000'000'000) return {"GB", 1'000'000'000};
+  return {"TB", 1'000'000'000'000};
+}
+
+// Returns the size in decimal units, followed by the exact count: "500.0 GB (500000000000 Bytes)".
+std::string formatVolumeSize(std::int64_t bytes) {
+  const SizeUnit unit = unitFor(bytes);
+  char text[32];
+  std::snprintf(text, sizeof text, "%6.1f %s (%" PRId64 " Bytes)",
+                static_cast<double>(bytes) / static_cast<double>(unit.divisor), unit.name, bytes);
+  return text;
+}
+
 std::optional<std::string> volumeSize(ObDictionaryRef properties, ObStringRef key) {
   std::int64_t bytes = 0;
   const auto value = static_cast<ObNumberRef>(ObDictionaryGetValue(properties, key));
@@ -48,9 +71,10 @@ std::optional<std::string> volumeSize(ObDictionaryRef properties, ObStringRef ke
   return formatVolumeSize(bytes);
 }
 
-// Header, blanks before it, blanks before its values, width, key, shown when absent, converter.
+// A row has: the header, the blanks before it, the blanks before a value, the width, the key, the
+// text if there is no value, and the function that returns the text of a value.
 
-const Column unitTable[] = {
+const Column kUnitTable[] = {
     {"Alias", 1, 1, 16, &kMPIOLogicalUnitAliasKey, "No Alias", plainText},
     {"Vendor", 1, 1, 16, &kMPIOLogicalUnitVendorIDKey, "(NULL)", plainText},
     {"Product", 1, 1, 16, &kMPIOLogicalUnitProductIDKey, "", plainText},
@@ -58,16 +82,16 @@ const Column unitTable[] = {
     {"Algorithm", 1, 1, 22, &kMPIOLogicalUnitAlgorithmKey, "", algorithmName},
 };
 
-const Column pathTable[] = {
+const Column kPathTable[] = {
     {"Access State", 4, 4, 20, &kMPIOLogicalUnitPathStateKey, "", accessState},
     {"Path Identifier", 1, 1, 30, &kMPIOLogicalUnitPathIdentifierKey, "", plainText},
     {"Interface", 1, 1, 16, &kMPIOLogicalUnitPathInterconnectKey, "", interconnectName},
 };
 
-const Column volumeTable[] = {
+const Column kVolumeTable[] = {
     {"BSD Name", 4, 4, 15, &kMPIOLogicalUnitVolumeMountPointKey, "", plainText},
     {"Name", 1, 1, 40, &kMPIOLogicalUnitVolumeNameKey, "", plainText},
-    // Sizes start one blank to the left of their header. Scripts count on it.
+    // Fixed: sizes start one blank to the left of their header. Scripts cut columns by position.
     {"Size", 1, 0, 32, &kMPIOLogicalUnitVolumeSizeKey, "", volumeSize},
 };
 
@@ -78,9 +102,9 @@ void appendField(std::string& line, std::size_t gap, std::size_t width, std::str
 
 }  // namespace
 
-const std::span<const Column> unitColumns = unitTable;
-const std::span<const Column> pathColumns = pathTable;
-const std::span<const Column> volumeColumns = volumeTable;
+const std::span<const Column> kUnitColumns = kUnitTable;
+const std::span<const Column> kPathColumns = kPathTable;
+const std::span<const Column> kVolumeColumns = kVolumeTable;
 
 std::string headerLine(std::span<const Column> columns) {
   std::string line;

@@ -4,9 +4,8 @@
 
 #include <cstdio>
 
-#include "cli/error_slot.hpp"
-#include "cli/lookup.hpp"
-#include "cli/requests.hpp"
+#include "cli/change_request.hpp"
+#include "cli/objects.hpp"
 
 namespace tavrenix::cli {
 
@@ -18,8 +17,9 @@ MPIOLogicalUnitRef findUnit(const Identifier& identifier) {
   return unit;
 }
 
-// A unit's refusals have two forms: a missing error and a missing description read the same.
-void tellLunRefusal(const char* described, const char* undescribed, const ErrorSlot& error) {
+// Prints `described` and the description of the error. If there is no error, or it has no
+// description, prints `undescribed` and that the reason is unknown.
+void reportLunFailure(const char* described, const char* undescribed, const ErrorSlot& error) {
   if (const auto reason = error.description()) {
     std::printf("%s: %s\n", described, reason->c_str());
   } else {
@@ -27,8 +27,9 @@ void tellLunRefusal(const char* described, const char* undescribed, const ErrorS
   }
 }
 
-// A path's refusals have three forms.
-void tellPathRefusal(const char* verb, const ErrorSlot& error) {
+// Prints the verb and the description of the error. Unlike for a unit, the message says nothing of
+// a reason if there is no error.
+void reportPathFailure(const char* verb, const ErrorSlot& error) {
   if (error.empty()) {
     std::printf("Unable to %s path\n", verb);
   } else {
@@ -53,11 +54,11 @@ void modifyLun(const Arguments& arguments) {
     return MPIOLogicalUnitSetBatchCount(unit, *request->batchCount, slot);
   };
   if (request->algorithm != nullptr && !error.attempt(setAlgorithm)) {
-    tellLunRefusal("Unable to change algorithm", "Unable to change algorithm", error);
+    reportLunFailure("Unable to change algorithm", "Unable to change algorithm", error);
   }
   if (request->batchCount && !error.attempt(setBatchCount)) {
-    // The described form has always lacked the word "change".
-    tellLunRefusal("Unable to batch count", "Unable to change batch count", error);
+    // Fixed: the form with a description lacks the word "change". Scripts compare the messages.
+    reportLunFailure("Unable to batch count", "Unable to change batch count", error);
   }
 }
 
@@ -77,7 +78,7 @@ void modifyPath(const Arguments& arguments) {
   ErrorSlot error;
   const auto change = request->enable ? MPIOLogicalUnitPathEnable : MPIOLogicalUnitPathDisable;
   if (!error.attempt([&](ObErrorRef* slot) { return change(path, slot); })) {
-    tellPathRefusal(request->enable ? "enable" : "disable", error);
+    reportPathFailure(request->enable ? "enable" : "disable", error);
   }
 }
 

@@ -6,9 +6,7 @@
 #include <string>
 
 #include "cli/columns.hpp"
-#include "cli/lookup.hpp"
-#include "cli/owned.hpp"
-#include "cli/state.hpp"
+#include "cli/objects.hpp"
 
 namespace tavrenix::cli {
 
@@ -19,8 +17,9 @@ void printLine(std::string line) {
   std::fwrite(line.data(), 1, line.size(), stdout);
 }
 
-// The properties of a handle; none where it has none or where they do not pass the filter.
-template <typename Handle>
+// Returns the properties of a handle. Returns none if it has no properties, or if `identifier` is
+// not null and the handle has another one.
+template <class Handle>
 Owned<ObDictionaryRef> filtered(ObTypeRef element, ObDictionaryRef (*copyProperties)(Handle),
                                 ObStringRef key, void* identifier) {
   Owned<ObDictionaryRef> properties(copyProperties(static_cast<Handle>(element)));
@@ -37,13 +36,15 @@ Owned<ObDictionaryRef> filteredUnit(ObTypeRef unit, void* identifier) {
 
 }  // namespace
 
+std::int32_t gRowNumber = 1;
+
 void printLogicalUnitRow(ObTypeRef unit, void* identifier) {
   const auto properties = filteredUnit(unit, identifier);
   if (!properties) return;
-  if (gRowNumber == 1) printLine("   " + headerLine(unitColumns));
+  if (gRowNumber == 1) printLine("   " + headerLine(kUnitColumns));
   char number[12];
   std::snprintf(number, sizeof number, "%3d", gRowNumber);
-  printLine(number + rowLine(unitColumns, properties.get()));
+  printLine(number + rowLine(kUnitColumns, properties.get()));
   if (identifier != nullptr) ObArrayApplyFunction(gLogicalUnits, printLogicalUnitPaths, identifier);
   ++gRowNumber;
 }
@@ -51,7 +52,7 @@ void printLogicalUnitRow(ObTypeRef unit, void* identifier) {
 void printLogicalUnitPaths(ObTypeRef unit, void* identifier) {
   if (!filteredUnit(unit, identifier)) return;
   printLine("");
-  printLine(headerLine(pathColumns));
+  printLine(headerLine(kPathColumns));
   const Owned<ObArrayRef> paths(MPIOLogicalUnitCopyPaths(static_cast<MPIOLogicalUnitRef>(unit)));
   ObArrayApplyFunction(paths.get(), printPathRow, nullptr);
   ObArrayApplyFunction(gLogicalUnits, printLogicalUnitVolumes, identifier);
@@ -61,7 +62,7 @@ void printLogicalUnitPaths(ObTypeRef unit, void* identifier) {
 void printPathRow(ObTypeRef path, void* identifier) {
   const auto properties = filtered(path, MPIOLogicalUnitPathCopyProperties,
                                    kMPIOLogicalUnitPathIdentifierKey, identifier);
-  if (properties) printLine(rowLine(pathColumns, properties.get()));
+  if (properties) printLine(rowLine(kPathColumns, properties.get()));
 }
 
 void printLogicalUnitVolumes(ObTypeRef unit, void* identifier) {
@@ -70,13 +71,13 @@ void printLogicalUnitVolumes(ObTypeRef unit, void* identifier) {
   const ObTypeRef volumes = ObDictionaryGetValue(properties.get(), kMPIOLogicalUnitVolumesKey);
   if (volumes == nullptr) return;
   printLine("\n    Volumes:\n");
-  printLine(headerLine(volumeColumns));
+  printLine(headerLine(kVolumeColumns));
   ObArrayApplyFunction(static_cast<ObArrayRef>(volumes), printVolumeRow, nullptr);
 }
 
 void printVolumeRow(ObTypeRef volume, void* /*unused*/) {
   if (volume == nullptr) return;
-  printLine(rowLine(volumeColumns, static_cast<ObDictionaryRef>(volume)));
+  printLine(rowLine(kVolumeColumns, static_cast<ObDictionaryRef>(volume)));
 }
 
 }  // namespace tavrenix::cli

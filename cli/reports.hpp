@@ -1,26 +1,32 @@
-// The reports. Each printer can be applied to the elements of an array: it takes an element and a
-// filter, the identifier (zero-terminated text, or NULL for none) that the element must have to be
-// printed. A printer prints nothing for an element without properties.
+// The reports. Each printer has the form that ObArrayApplyFunction calls: it gets an element and a
+// filter. The filter is the identifier that the element must have to be printed, as zero-terminated
+// text, or NULL. A printer prints nothing for an element without properties.
 #pragma once
 
 #include <tavrenix/ob.h>
 
+#include <cstdint>
+
 namespace tavrenix::cli {
 
-/// A logical unit: its row, under the table's header where it is the first row of the run. With a
-/// filter, the paths and volumes of all units of that identifier follow.
+// The number of the next row of the logical-unit table. It starts at 1 and is never reset, so the
+// reports of one command have consecutive numbers.
+extern std::int32_t gRowNumber;
+
+// Prints the row of a logical unit, and the header before row 1. With a filter, also prints the
+// paths and volumes of all units with that identifier.
 void printLogicalUnitRow(ObTypeRef unit, void* identifier);
 
-/// The paths section of a logical unit, and the volumes sections of all units of that identifier.
+// Prints the paths of a logical unit, and then the volumes of all units with that identifier.
 void printLogicalUnitPaths(ObTypeRef unit, void* identifier);
 
-/// A path: its row.
+// Prints the row of a path.
 void printPathRow(ObTypeRef path, void* identifier);
 
-/// The volumes section of a logical unit, nothing where it has no volumes array.
+// Prints the volumes of a logical unit. Prints nothing if it has no array of volumes.
 void printLogicalUnitVolumes(ObTypeRef unit, void* identifier);
 
-/// A volume dictionary: its row. There is nothing to filter by.
+// Prints the row of a volume dictionary. Volumes have no identifier to filter by.
 void printVolumeRow(ObTypeRef volume, void* unused);
 
 }  // namespace tavrenix::cli

@@ -1,6 +1,6 @@
 /*
- * watch: prints a line for each logical unit and each path that appears or disappears, those that
- * are present at the start first. Ends with Ctrl-C.
+ * watch: prints a line for each logical unit and each path, first for those that are present and
+ * then for each that appears or disappears. Ctrl-C ends it.
  *
  *   cc watch.c -ltavrenix -o watch
  */

@@ -1,112 +1,144 @@
-// What the kernel, its driver, udev and the daemon say of a machine, all of it any text: the Linux
-// host makes of it what a client can use, and reports that no terminal acts on.
-#include <cerrno>
+// A machine about which the kernel, its driver, udevd and the daemon say any text. The Linux host
+// must make of it values that a client can use, without control characters. A change of the map
+// must be made whole or not at all.
+#include <fcntl.h>
+#include <fuzzer/FuzzedDataProvider.h>
+#include <unistd.h>
 
-#include "fuzz/captured.hpp"
 #include "fuzz/promise.hpp"
-#include "fuzz/session.hpp"
-#include "fuzz/sysfs.hpp"
-#include "linux/host.hpp"
-#include "linux/text.hpp"
-#include "tests/linux/fake_daemon.hpp"
-#include "tests/support/library_host.hpp"
+#include "host/entry.hpp"
+#include "linux/registry/linux_host.hpp"
+#include "linux/registry/selectors.hpp"
+#include "tests/linux/fake_ports.hpp"
+#include "tests/linux/scratch.hpp"
+#include "tests/session/client_session.hpp"
 
 using namespace tavrenix;
 using fuzz::expect;
 
 namespace {
 
+constexpr std::size_t kLongestText = 400;
 constexpr sys::DeviceNumber kMap{254, 0};
-constexpr std::size_t kLongestLine = 400;
 
-// A driver with one map, whose texts and answers are the input's.
-class AnyDriver final : public sys::DeviceMapperPort {
- public:
-  explicit AnyDriver(FuzzedDataProvider& input)
-      : name_(input.ConsumeRandomLengthString(128)),
-        uuid_("mpath-" + input.ConsumeRandomLengthString(129)),
-        type_(input.ConsumeBool() ? "multipath" : input.ConsumeRandomLengthString(16)),
-        table_(input.ConsumeRandomLengthString(kLongestLine)),
-        status_(input.ConsumeRandomLengthString(kLongestLine)),
-        loaded_(input.ConsumeRandomLengthString(kLongestLine)),
-        answer_(input.ConsumeBool() ? 0 : -EINVAL) {}
-
-  sys::Answer<std::vector<sys::ListedMap>> list() override {
-    return {0, {{kMap, name_, uuid_, 1}}};
-  }
-  sys::Answer<sys::MapLines> read(sys::DeviceNumber map, sys::Lines which) override {
-    if (map != kMap) return {-ENXIO, {}};
-    const auto& line = which == sys::Lines::kTable    ? table_
-                       : which == sys::Lines::kStatus ? status_
-                                                      : loaded_;
-    sys::MapLines lines;
-    lines.name = name_;
-    lines.uuid = uuid_;
-    lines.targets.push_back({0, 16384, type_, line});
-    return {0, lines};
-  }
-  int load(sys::DeviceNumber, const sys::Target&, bool) override { return answer_; }
-  int resume(sys::DeviceNumber) override { return answer_; }
-  int clear(sys::DeviceNumber) override { return answer_; }
-  int message(sys::DeviceNumber, const std::string&) override { return answer_; }
-
- private:
-  std::string name_, uuid_, type_, table_, status_, loaded_;
-  int answer_;
+const char* const kFiles[] = {
+    "sys/devices/host3/rport-3:0-1/target3:0:1/3:0:1:5/inquiry",
+    "sys/devices/host3/rport-3:0-1/target3:0:1/3:0:1:5/vendor",
+    "sys/devices/host3/rport-3:0-1/target3:0:1/3:0:1:5/model",
+    "sys/devices/host3/rport-3:0-1/target3:0:1/3:0:1:5/type",
+    "sys/devices/host3/rport-3:0-1/target3:0:1/3:0:1:5/state",
+    "sys/devices/host3/rport-3:0-1/target3:0:1/3:0:1:5/access_state",
+    "sys/devices/host3/rport-3:0-1/target3:0:1/3:0:1:5/block/sda/stat",
+    "sys/devices/host4/target4:0:0/4:0:0:0/block/sdb/stat",
+    "sys/devices/host4/target4:0:0/4:0:0:0/model",
+    "sys/devices/virtual/block/dm-0/stat",
+    "sys/devices/virtual/block/dm-0/size",
+    "sys/class/scsi_host/host4/proc_name",
+    "sys/class/scsi_host/host4/host_sas_address",
+    "sys/class/fc_host/host3/port_name",
+    "sys/class/iscsi_host/host4/initiatorname",
+    "run/udev/data/b254:0",
+    "proc/diskstats",
 };
 
-// A daemon whose one reply is the input's.
-test::FakeDaemon anyDaemon(FuzzedDataProvider& input) {
-  test::FakeDaemon daemon;
-  daemon.answer = [reply = input.ConsumeRandomLengthString(64)](const std::string& command) {
+// The files of a machine with a multipath map over two disks. Their contents come from the input.
+class Files : public test::Scratch {
+ public:
+  Files() {
+    addDevice("8:0", "devices/host3/rport-3:0-1/target3:0:1/3:0:1:5/block/sda");
+    addDevice("8:16", "devices/host4/target4:0:0/4:0:0:0/block/sdb");
+    addDevice("254:0", "devices/virtual/block/dm-0");
+    for (const char* file : kFiles)
+      std::filesystem::create_directories((folder() / file).parent_path());
+  }
+  void write(FuzzedDataProvider& input) const {
+    for (const char* name : kFiles) {
+      const std::string path = folder() / name;
+      const std::string content = input.ConsumeRandomLengthString(kLongestText);
+      if (content == "-") {  // an attribute that is not there
+        ::unlink(path.c_str());
+        continue;
+      }
+      const ob::FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600));
+      const ssize_t written = ::write(file.get(), content.data(), content.size());
+      expect(written == static_cast<ssize_t>(content.size()), "a scratch file can be written");
+    }
+  }
+
+ private:
+  void addDevice(const std::string& number, const std::string& name) const {
+    namespace fs = std::filesystem;
+    const fs::path whole = folder() / "sys" / name;
+    for (const char* inside : {"holders", "slaves"}) fs::create_directories(whole / inside);
+    // As in sysfs: "device" leads to the SCSI device above the folder "block".
+    fs::create_directory_symlink("../..", whole / "device");
+    fs::create_directories(folder() / "sys/dev/block");
+    fs::create_directory_symlink("../../" + name, folder() / "sys/dev/block" / number);
+  }
+};
+
+// Adds a map, with texts from the input, and lets some operations of the driver fail once.
+test::FakeDeviceMapper::Map& addMap(test::FakeDeviceMapper& driver, FuzzedDataProvider& input) {
+  auto& map = driver.maps[kMap];
+  map.name = input.ConsumeRandomLengthString(128);
+  map.uuid = "mpath-" + input.ConsumeRandomLengthString(129);
+  map.table = {0, 16384, input.ConsumeBool() ? "multipath" : input.ConsumeRandomLengthString(16),
+               input.ConsumeRandomLengthString(kLongestText)};
+  map.status = input.ConsumeRandomLengthString(kLongestText);
+  map.loaded = input.ConsumeRandomLengthString(kLongestText);
+  if (map.loaded->empty()) map.loaded.reset();
+  const auto faults = input.ConsumeIntegral<std::uint8_t>();
+  constexpr const char* kFaults[] = {"load", "resume", "interrupt", "message"};
+  for (std::size_t i = 0; i < std::size(kFaults); ++i)
+    if ((faults >> i) % 2 != 0) driver.faults[kFaults[i]] = -EIO;
+  return map;
+}
+
+void answer(test::FakeDaemon& daemon, const std::string& reply) {
+  daemon.answer = [reply](const std::string& command) {
     expect(command.find_first_of(std::string_view("\n\0", 2)) == std::string::npos,
            "a command is one line");
     return sys::Answer<sys::DaemonReply>{reply.empty() ? -ENOENT : 0, sys::parseDaemonReply(reply)};
   };
-  return daemon;
 }
 
-bool isShown(std::string_view text) {
-  return sys::printable(text) == text;
-}
-
-// Whatever comes from a device has become printable before it is a string of the registry.
+// Expects that every string of the registry is printable, because devices can report any bytes.
 void expectPrintable(const ob::Object* value) {
   if (const auto* text = ob::as<ob::String>(value)) {
-    expect(text->view().size() <= 255 && isShown(text->view()), "a property is printable");
+    expect(fuzz::isShown(text->view()), "a property is printable");
   } else if (const auto* dictionary = ob::as<ob::Dictionary>(value)) {
     for (const auto& pair : dictionary->pairs()) expectPrintable(pair.second.get());
   }
 }
 
-void expectPrintableRegistry(sys::LinuxRegistry& registry) {
-  const auto found = registry.findServicesByClass("KsService");
-  while (const RegistryHandle entry = registry.iteratorNext(found.value)) {
-    const auto properties = registry.copyProperties(entry);
-    expectPrintable(properties.value.get());
-    registry.release(entry);
-  }
-  registry.release(found.value);
-}
-
 }  // namespace
 
 void tavrenix::fuzz::run(std::string_view bytes) {
-  const fuzz::Captured diagnostics(stderr);  // the library tells of counters that it lacks
-  static const fuzz::Sysfs files;
+  static const Files files;
   FuzzedDataProvider input(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
-  AnyDriver driver(input);
-  auto daemon = anyDaemon(input);
+  test::FakeDeviceMapper driver;
+  driver.tellsMoves = true;
+  auto& map = addMap(driver, input);
+  test::FakeDaemon daemon;
+  answer(daemon, input.ConsumeRandomLengthString(64));
   files.write(input);
-  // One burst of questions, so that a run does not depend on time.
-  sys::LinuxHost host(sys::HostFiles(files.root()), driver, daemon, 0, std::chrono::hours(1));
-  expectPrintableRegistry(host.registry());
+  const auto before = sys::parseMultipathTable(map.table.line);
+  const bool isAlone = !map.loaded && driver.faults.size() <= 1;
+  sys::LinuxHost host(sys::HostFiles(files.folder()), driver, daemon, 0);
+  forEachEntry(host.registry(), host.registry().findServicesByClass("KsService").value,
+               [&](RegistryHandle entry) {
+                 expectPrintable(host.registry().copyProperties(entry).value.get());
+               });
   {
-    manager().lastGeneration = 0;  // the machines before this one are forgotten
     const test::UnderLibrary library(host);
     const test::Owned<ObArrayRef> units(MPIOCopyLogicalUnits());
-    fuzz::useAll(units);
-    fuzz::runCommands(units);
+    test::useAll(units);
+    test::runCommands(units);
   }
   expect(host.registry().openHandles() == 0, "no handle stays open");
+  const auto after = sys::parseMultipathTable(map.table.line);
+  // Two faults may meet so that the way back fails too.
+  expect(!before || !isAlone ||
+             (after && differInSelectorsAlone(*after, *before) && !map.suspended && !map.loaded),
+         "a change is of the selectors alone, and whole");
 }

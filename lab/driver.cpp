@@ -1,9 +1,12 @@
 #include "lab/driver.hpp"
 
 #include <limits>
+#include <string>
+#include <unordered_map>
+#include <vector>
 
-#include "lab/value_text.hpp"
-#include "model/registry_names.hpp"
+#include "host/registry_names.hpp"
+#include "runtime/byte_text.hpp"
 
 namespace tavrenix::lab {
 
@@ -26,15 +29,16 @@ bool changeAlgorithm(Image& image, const ImageEntry& unit, const ob::Dictionary&
   return true;
 }
 
-// The unit's paths whose identifier reads as text.
-std::vector<const ImageEntry*> pathsNamed(const Image& image, const ImageEntry& unit,
-                                          std::string_view text) {
-  std::vector<const ImageEntry*> paths;
+// Paths by identifier, in hexadecimal. Several paths may have the same identifier.
+using NamedPaths = std::unordered_map<std::string, std::vector<const ImageEntry*>>;
+
+NamedPaths pathsOf(const Image& image, const ImageEntry& unit) {
+  NamedPaths paths;
   for (const EntryID id : unit.parents) {
     const ImageEntry* parent = image.find(id);
     if (!parent->isPath) continue;
     const auto* identifier = parent->properties->valueAs<ob::Data>(registry::kPathIdentifier);
-    if (identifier != nullptr && hexFromBytes(identifier->bytes()) == text) paths.push_back(parent);
+    if (identifier != nullptr) paths[ob::hexadecimal(identifier->bytes())].push_back(parent);
   }
   return paths;
 }
@@ -59,11 +63,12 @@ std::optional<std::uint8_t> requestedState(std::uint8_t state, const ob::Object&
 bool changePathStates(Image& image, const ImageEntry& unit, const ob::Dictionary& request) {
   const auto* requests = request.valueAs<ob::Dictionary>(registry::kPathState);
   if (request.pairs().size() != 1 || requests == nullptr || requests->pairs().empty()) return false;
+  const NamedPaths paths = pathsOf(image, unit);
   std::vector<StateChange> changes;
   for (const auto& [text, code] : requests->pairs()) {
-    const auto paths = pathsNamed(image, unit, text->view());
-    if (paths.empty()) return false;
-    for (const ImageEntry* path : paths) {
+    const auto named = paths.find(std::string(text->view()));
+    if (named == paths.end()) return false;
+    for (const ImageEntry* path : named->second) {
       if (!path->statistics) return false;
       const auto state = requestedState(path->statistics->state, *code);
       if (!state) return false;
@@ -74,7 +79,7 @@ bool changePathStates(Image& image, const ImageEntry& unit, const ob::Dictionary
   return true;
 }
 
-// 0 is the generation of a driver that is not there.
+// Returns the next generation. Skips 0, which stands for a driver that is not there.
 std::uint32_t nextGeneration(std::uint32_t generation) {
   return generation == std::numeric_limits<std::uint32_t>::max() ? 1 : generation + 1;
 }

@@ -1,16 +1,20 @@
-// The simulated multipath driver: what a write to a logical unit's entry does.
+// The simulated multipath driver: what a request to a logical unit does.
 #pragma once
 
-#include "lab/image.hpp"
+#include "lab/image/image.hpp"
 
 namespace tavrenix::lab {
 
-// What the driver answers to a request that it cannot make sense of.
+// The driver's answer to a request that it does not understand.
 inline constexpr KernelStatus kBadRequest = -536870206;
 
-// Acts on value, written under name to the entry of that ID, and answers its status. A request is
-// done whole, and moves the image's generation, or refused whole with kBadRequest, and then nothing
-// changed.
+// Carries out a request: a write of `value` to the property `name` of the entry.
+//
+// Returns kSuccess if it has carried out the whole request and changed the generation, or
+// kBadRequest if it has changed nothing. Requests:
+//   {"Algorithm": WORD, "Batch Count": 0 to 2^32-1}  sets both for the unit.
+//   {"PathState": {IDENTIFIER: 0 or 3, ...}}         enables (0) or disables (3) each path of the
+//                                                    unit that has the identifier.
 KernelStatus actOnWrite(Image& image, EntryID entryID, const ob::String& name,
                         const ob::Object& value);
 

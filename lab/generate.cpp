@@ -1,27 +1,41 @@
-// tavrenix-lab-generate: prints an image of as many units, paths and volumes as one asks for. The
-// same numbers give the same image, and memory does not grow with them.
+// tavrenix-lab-generate: prints an image of so many units, paths and volumes. The same numbers give
+// the same image. It prints while it counts, so its memory does not grow with the numbers.
 #include <charconv>
 #include <cinttypes>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
+#include <span>
+#include <string>
 #include <string_view>
+
+#include "lab/lab_options.hpp"
 
 namespace {
 
-constexpr int kBadUse = 2;
+using tavrenix::lab::kBadUse;
+
 constexpr std::uint64_t kMostUnits = 1'000'000;
-constexpr std::uint64_t kMostOfAUnit = 10'000;
-constexpr std::uint64_t kMostEntries = 2'000'000;  // keeps the image below the 1 GiB that is read
+constexpr std::uint64_t kMostPerUnit = 10'000;
+constexpr std::uint64_t kMostEntries =
+    2'000'000;  // so that the image stays below the 1 GiB that is read
 
 constexpr char kHelp[] =
     "usage: tavrenix-lab-generate UNITS PATHS [VOLUMES]\n"
+    "       tavrenix-lab-generate --help | --version\n"
     "\n"
-    "Prints an image for tavrenix-lab: UNITS logical units of PATHS paths each, and of VOLUMES\n"
-    "volumes each (1 where it is left out). The same numbers always give the same image.\n"
+    "Prints an image for tavrenix-lab: UNITS logical units, and for each of them PATHS paths and\n"
+    "VOLUMES volumes (1 by default). The same numbers always give the same image.\n"
     "\n"
     "  tavrenix-lab-generate 2 3 > try.json\n"
     "  tavrenix-lab try.json list\n";
+
+constexpr tavrenix::lab::Program kProgram{
+    .name = "tavrenix-lab-generate",
+    .help = kHelp,
+    .leastWords = 2,
+    .mostWords = 3,
+};
 
 struct Sizes {
   std::uint64_t units = 0;
@@ -29,30 +43,28 @@ struct Sizes {
   std::uint64_t volumes = 1;
 };
 
-std::optional<std::uint64_t> count(std::string_view name, std::string_view text,
+std::optional<std::uint64_t> count(const std::string& name, std::string_view text,
                                    std::uint64_t most) {
   std::uint64_t value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error == std::errc() && end == text.data() + text.size() && value <= most) return value;
-  std::fprintf(stderr, "tavrenix-lab-generate: %.*s must be a number from 0 to %" PRIu64 "\n",
-               static_cast<int>(name.size()), name.data(), most);
+  complain(kProgram, name + " must be a number from 0 to " + std::to_string(most));
   return std::nullopt;
 }
 
-std::optional<Sizes> sizesFrom(int argc, char** argv) {
-  const auto units = count("UNITS", argv[1], kMostUnits);
-  const auto paths = count("PATHS", argv[2], kMostOfAUnit);
-  const auto volumes = argc > 3 ? count("VOLUMES", argv[3], kMostOfAUnit) : 1;
+std::optional<Sizes> sizesFrom(std::span<char*> words) {
+  const auto units = count("UNITS", words[0], kMostUnits);
+  const auto paths = count("PATHS", words[1], kMostPerUnit);
+  const auto volumes = words.size() > 2 ? count("VOLUMES", words[2], kMostPerUnit) : 1;
   if (!units || !paths || !volumes) return std::nullopt;
   const Sizes sizes{*units, *paths, *volumes};
   if (sizes.paths + sizes.units * (1 + sizes.paths + sizes.volumes) <= kMostEntries) return sizes;
-  std::fprintf(stderr, "tavrenix-lab-generate: an image has at most %" PRIu64 " entries\n",
-               kMostEntries);
+  complain(kProgram, "an image has at most " + std::to_string(kMostEntries) + " entries");
   return std::nullopt;
 }
 
-// IDs run on from here: first the ports, one for each path of a unit, then unit by unit its paths,
-// itself and its volumes.
+// The ID of the first entry; IDs count up. The ports come first, one for each path of a unit. Then
+// come, for each unit, its paths, the unit itself and its volumes.
 constexpr std::uint64_t kFirstID = 0x100000000;
 
 class Generator {
@@ -83,7 +95,7 @@ class Generator {
 
   void printPath(std::uint64_t unit, std::uint64_t path) {
     startEntry("KsSCSIHierarchicalLogicalUnit");
-    // The first half of a unit's paths leads to the controller that owns it.
+    // The first half of a unit's paths is optimized, as on an array of two controllers.
     const int state = path * 2 < sizes_.paths ? 0 : 1;
     std::printf(", \"parents\": [%" PRIu64
                 "],\n"
@@ -137,32 +149,17 @@ class Generator {
   std::uint64_t nextID_ = kFirstID;
 };
 
-// What the program prints; its exit status.
-int run(int argc, char** argv) {
-  const std::string_view first = argc < 2 ? "" : argv[1];
-  if (first == "--help" || first == "-h") {
-    std::fputs(kHelp, stdout);
-    return 0;
-  }
-  if (first == "--version") {
-    std::puts("tavrenix-lab-generate " TAVRENIX_VERSION);
-    return 0;
-  }
-  if (argc < 3 || argc > 4) {
-    std::fputs(kHelp, stderr);
-    return kBadUse;
-  }
-  const auto sizes = sizesFrom(argc, argv);
+int run(const tavrenix::lab::CommandLine& line) {
+  const auto sizes = sizesFrom(line.words);
   if (!sizes) return kBadUse;
   Generator(*sizes).print();
-  return 0;
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return 0;
+  std::perror("tavrenix-lab-generate: standard output");
+  return 1;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int status = run(argc, argv);
-  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
-  std::perror("tavrenix-lab-generate: standard output");
-  return 1;
+  return tavrenix::lab::runProgram(kProgram, argc, argv, run);
 }

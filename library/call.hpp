@@ -1,45 +1,48 @@
-// What public functions do before and around their own work, in the order in which it is
-// observable: a null handle, the scratch pool, the kind of the handle; then the work; then the
-// error handed out.
+// What every public function does around its own work. Clients can observe the order, so it is
+// fixed: refuse a null handle, make the scratch pool, check the kind of the handle, do the work,
+// and give the error to the caller.
 #pragma once
 
 #include <tavrenix/mpio.h>
 
-#include <new>
+#include <memory>
 
 #include "library/manager.hpp"
-#include "library/pool.hpp"
-#include "runtime/c_bridge.hpp"
+#include "runtime/c/c_bridge.hpp"
+#include "runtime/exhaustion.hpp"
+#include "runtime/pool.hpp"
 
 namespace tavrenix {
 
-// Runs work. Where memory runs out it yields the failure value: null, zero or false.
-template <class Result, class Work>
-Result withoutThrowing(Work work) noexcept {
-  try {
-    return work();
-  } catch (const std::bad_alloc&) {
-    return Result{};
-  }
+// Returns a pool for the temporary objects of one call; its destructor drains it. Returns null if
+// memory runs out: the call must then return its failure value.
+inline std::unique_ptr<ob::Pool> MPIOScratchPoolCreate() noexcept {
+  return ob::catchExhaustion(std::unique_ptr<ob::Pool>(),
+                             [] { return std::make_unique<ob::Pool>(); });
 }
 
-// The same inside a scratch pool.
+// Runs the work inside a scratch pool and a look at the host, and returns its result. Returns the
+// failure value (null, zero or false) if memory runs out.
 template <class Result, class Work>
 Result withPool(Work work) noexcept {
   const auto pool = MPIOScratchPoolCreate();
-  return pool ? withoutThrowing<Result>(work) : Result{};
+  if (!pool) return Result{};
+  return ob::catchExhaustion(Result{}, [&] {
+    const auto look = sharedHost().beginLook();
+    return work();
+  });
 }
 
-// The model object behind a handle, borrowed; null where the handle is of another kind.
+// Returns the model object behind a handle, borrowed, or null if the handle is of another kind.
 template <class Model>
 Model* modelOf(const void* handle) noexcept {
-  // Handles are const in C, where callers never see the object; the object itself is not.
+  // C clients hold const handles so that they cannot look inside. The object itself is not const.
   auto* object = static_cast<ob::Object*>(const_cast<void*>(handle));
   return dynamic_cast<Model*>(object);
 }
 
-// Runs work with the model object behind the handle. A handle of another kind yields the failure
-// value.
+// Runs the work with the model object behind the handle. Returns the failure value if the handle is
+// null or of another kind.
 template <class Model, class Result, class Work>
 Result withHandle(const void* handle, Work work) noexcept {
   if (handle == nullptr) return Result{};
@@ -56,7 +59,7 @@ inline bool isPresent(const MPIOLogicalUnitPath& path) noexcept {
   return static_cast<bool>(knownPath(path.serviceEntryID()));
 }
 
-// A new reference for the caller, or null.
+// Returns the object as a C reference. Ownership: the caller releases it.
 template <class CRef, class T>
 CRef handOut(ob::Ref<T> object) noexcept {
   return ob::toC<CRef>(object.detach());
@@ -69,9 +72,10 @@ inline constexpr std::string_view badReferenceMessage(const MPIOLogicalUnitPath*
   return "Bad path object reference";
 }
 
-// Runs work(model, error) with the model object behind the handle and hands its error out, retained
-// once: the pool drops it at the end. The caller's slot is written only where there is an error.
-// wrongKindOut is the slot for the error about a handle of another kind.
+// Runs work(model, error) with the model object behind the handle and returns its result.
+// Errors: stores the error of the work, if there is one, in *errorOut. If the handle is of another
+// kind, stores that error in *wrongKindOut. Both may be null.
+// Ownership: the caller releases the error. The pool's own reference to it ends with the pool.
 template <class Model, class Work>
 bool changeWithHandle(const void* handle, ObErrorRef* errorOut, ObErrorRef* wrongKindOut,
                       Work work) noexcept {

@@ -1,53 +1,66 @@
-// The process-wide set of logical units and paths that the registry publishes, each found by entry
-// ID.
+// The process-wide manager: the known logical units and paths, by entry ID. Its dictionaries change
+// only in a scan. A scan runs only if the driver's configuration generation has changed since the
+// scan before.
 //
-// It changes only inside a scan, and a scan happens only when the driver's configuration generation
-// is another than at the last one. Threads: the lock is held for the whole of a scan, never while
-// anything outside is called that could come back to it. Notification handlers run on threads of
-// their own, so a look-up takes it as well, for that moment; apart from this clients serialise
-// their calls.
+// Thread safety: every function may be called on any thread, even after the teardown. A scan holds
+// the lock from its beginning to its end, and so does each look-up. No lock is held while a client
+// is called.
 #pragma once
 
+#include <atomic>
 #include <optional>
 
+#include "host/tunable.hpp"
 #include "model/logical_unit.hpp"
+#include "runtime/mutex.hpp"
 
 namespace tavrenix {
 
 enum MPIORescanMode : int {
   MPIORescanAll = 1,
   MPIORescanLogicalUnit = 2,
-  MPIORescanPathLogicalUnit = 3,  // so does any other value
+  MPIORescanPathLogicalUnit = 3,  // every other value means the same
+};
+
+// The known units and paths, by entry ID.
+struct MPIODictionaries {
+  ob::NumberMap<ob::Ref<MPIOLogicalUnit>> logicalUnits{8};
+  ob::NumberMap<ob::Ref<MPIOLogicalUnitPath>> paths{8};
 };
 
 struct MPIOManager {
-  using Units = ob::NumberMap<ob::Ref<MPIOLogicalUnit>>;
-  using Paths = ob::NumberMap<ob::Ref<MPIOLogicalUnitPath>>;
-
-  std::unique_ptr<std::mutex> lock;
-  std::optional<Units> logicalUnits;  // these two exist from initialisation to teardown
-  std::optional<Paths> paths;
-  bool ready = false;
-  std::uint32_t lastGeneration = 0;
+  ob::Mutex lock;
+  // Nothing before the initialisation.
+  std::optional<MPIODictionaries> dictionaries OB_GUARDED_BY(lock);
+  std::uint32_t lastGeneration OB_GUARDED_BY(lock) = 0;  // at the last scan
+  std::atomic<bool> ended{false};  // the teardown has run: nothing is known any more
 };
 
-// The one manager. It is never destroyed; its contents go with MPIOManagerTeardown.
+// Returns the one manager. It is never destroyed.
 MPIOManager& manager() noexcept;
 
-// At load, after the handle classes are registered: makes what is missing and scans for the first
-// time.
+// Makes the dictionaries if there are none, and rescans. Runs when the library is loaded, after the
+// two handle classes are registered.
+// Errors: if memory runs out, the library knows no units until this is called again.
 void MPIOManagerInitialize() noexcept;
-// At exit. Takes no lock.
+// Ends the manager when the process exits. Waits for no lock: if another thread is scanning, the
+// dictionaries stay until the process ends.
 void MPIOManagerTeardown() noexcept;
-// Brings the dictionaries up to date where the generation has moved. handle: nothing for mode 1, a
-// logical unit for mode 2, a path for mode 3; a handle of the other kind takes note of the
-// generation and selects nothing. Failures end the scan quietly.
+// Scans if the generation has changed. `handle` is null in mode MPIORescanAll. In the two other
+// modes it is a logical unit or a path, and only that unit, or the unit of that path, is scanned. A
+// handle of the wrong kind marks the new generation as seen, but scans nothing. A failure ends the
+// scan silently.
 void MPIOManagerRescan(int mode, const ob::Object* handle) noexcept;
 
-// The objects known under the entry ID; none where there is none.
+// Returns the driver's configuration generation as it is now, or 0 if the driver does not answer.
+std::uint32_t configurationGeneration(MPIOKernelTunable& tunable);
+
+// Returns the object known under the entry ID, or null.
 ob::Ref<MPIOLogicalUnit> knownLogicalUnit(EntryID entryID) noexcept;
 ob::Ref<MPIOLogicalUnitPath> knownPath(EntryID entryID) noexcept;
-// All logical units, in no particular order; none where there is no dictionary of them.
+// Returns all logical units in no particular order, or null before the initialisation and after the
+// teardown.
+// Errors: throws std::bad_alloc.
 ob::Ref<ob::Array> allLogicalUnits();
 
 }  // namespace tavrenix

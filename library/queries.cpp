@@ -1,12 +1,12 @@
-// The public functions that only read. Which of them test presence and which rescan is uneven on
-// purpose.
+// The public functions that only read. Some check whether the device is present, and some rescan
+// first. Fixed: clients rely on which function does what.
 #include "library/call.hpp"
 
 using namespace tavrenix;
 
 namespace {
 
-// The handle that known finds under the entry ID of a registry object, or null.
+// Returns the handle for an entry of the registry, which `known` looks up by entry ID, or null.
 template <class CRef, class Model>
 CRef copyForService(MPIORegistryObject service, ob::Ref<Model> (*known)(EntryID)) {
   const auto [status, entryID] = sharedHost().registry().getEntryID(service);
@@ -42,7 +42,7 @@ ObDictionaryRef MPIOLogicalUnitCopyProperties(MPIOLogicalUnitRef handle) {
 ObArrayRef MPIOLogicalUnitCopyPaths(MPIOLogicalUnitRef handle) {
   return withHandle<MPIOLogicalUnit, ObArrayRef>(handle, [](auto& unit) {
     MPIOManagerRescan(MPIORescanLogicalUnit, &unit);
-    return handOut<ObArrayRef>(unit.getPaths());  // of this very object, not of a rebuilt one
+    return handOut<ObArrayRef>(unit.getPaths());  // of this handle, not of one from the scan
   });
 }
 
@@ -76,11 +76,12 @@ ObDictionaryRef MPIOLogicalUnitPathCopyStatistics(MPIOLogicalUnitPathRef handle)
       });
 }
 
-// Makes no pool, unlike its path counterpart.
+// On purpose this makes no pool, but the same function for paths does.
 MPIOLogicalUnitRef MPIOCopyLogicalUnitForService(MPIORegistryObject service) {
   if (service == 0) return nullptr;
-  return withoutThrowing<MPIOLogicalUnitRef>(
-      [&] { return copyForService<MPIOLogicalUnitRef>(service, knownLogicalUnit); });
+  return ob::catchExhaustion(MPIOLogicalUnitRef{}, [&] {
+    return copyForService<MPIOLogicalUnitRef>(service, knownLogicalUnit);
+  });
 }
 
 MPIOLogicalUnitPathRef MPIOCopyLogicalUnitPathForService(MPIORegistryObject service) {

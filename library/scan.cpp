@@ -1,81 +1,82 @@
-#include "library/scan.hpp"
-
-#include <new>
-
-#include "model/entry.hpp"
+// One scan of the registry into the manager's dictionaries.
+#include "host/entry.hpp"
+#include "library/call.hpp"
 
 namespace tavrenix {
 
 namespace {
 
-// Peripheral device types of SPC that stand for no storage: processor, storage array controller.
+// The peripheral device types of SPC that are no storage: processor and storage array controller.
 constexpr std::int64_t kProcessorDevice = 3;
 constexpr std::int64_t kStorageArrayController = 12;
 
 class Scan {
  public:
-  Scan(MPIOManager& shared, MPIOHost& host)
-      : shared_(shared), host_(host), registry_(host.registry()) {}
+  Scan(MPIODictionaries& known, MPIOHost& host)
+      : known_(known), host_(host), registry_(host.registry()) {}
 
-  // Drops what the scan will find anew and searches the entries to visit; mode chooses. A status
-  // other than success, or no iterator, where there is nothing to visit.
-  RegistryResult<RegistryHandle> select(int mode, const ob::Object* handle);
+  // Drops the objects that the scan will make again. Returns an iterator over the entries to visit.
+  // If there are none to visit, returns 0 or a status other than kSuccess.
+  Result<RegistryHandle> select(int mode, const ob::Object* handle);
+  // Makes objects for the entry's unit and its paths. Skips an entry that is no storage or cannot
+  // be read.
   void visit(RegistryHandle entry);
+  // Moves the new units into the dictionaries.
   void merge();
 
  private:
-  RegistryResult<RegistryHandle> selectAll();
-  RegistryResult<RegistryHandle> selectUnit(const MPIOLogicalUnit& unit);
-  RegistryResult<RegistryHandle> selectUnitOf(const MPIOLogicalUnitPath& path);
+  Result<RegistryHandle> selectAll();
+  Result<RegistryHandle> selectUnit(const MPIOLogicalUnit& unit);
+  Result<RegistryHandle> selectUnitOf(const MPIOLogicalUnitPath& path);
   void forgetPathsOf(const MPIOLogicalUnit& unit);
   ob::Ref<MPIOLogicalUnit> unitFor(EntryID entryID);
   void visitPaths(RegistryHandle entry, MPIOLogicalUnit* unit);
   void enterPath(EntryID entryID, MPIOLogicalUnit* unit);
 
-  MPIOManager& shared_;
+  MPIODictionaries& known_;
   MPIOHost& host_;
   MPIODeviceRegistry& registry_;
-  MPIOManager::Units fresh_{256};
+  ob::NumberMap<ob::Ref<MPIOLogicalUnit>> fresh_{256};
 };
 
-RegistryResult<RegistryHandle> Scan::select(int mode, const ob::Object* handle) {
+Result<RegistryHandle> Scan::select(int mode, const ob::Object* handle) {
   if (mode == MPIORescanAll) return selectAll();
   if (mode == MPIORescanLogicalUnit) {
     if (const auto* unit = dynamic_cast<const MPIOLogicalUnit*>(handle)) return selectUnit(*unit);
   } else if (const auto* path = dynamic_cast<const MPIOLogicalUnitPath*>(handle)) {
     return selectUnitOf(*path);
   }
-  return {};  // the new generation has been noted all the same: kept on purpose
+  return {};  // on purpose, although the caller marks the generation as seen
 }
 
-RegistryResult<RegistryHandle> Scan::selectAll() {
-  shared_.logicalUnits->clear();
-  shared_.paths->clear();
+Result<RegistryHandle> Scan::selectAll() {
+  known_.logicalUnits.clear();
+  known_.paths.clear();
   return registry_.findServicesByClass(registry::kLogicalUnitClass);
 }
 
-RegistryResult<RegistryHandle> Scan::selectUnit(const MPIOLogicalUnit& unit) {
+Result<RegistryHandle> Scan::selectUnit(const MPIOLogicalUnit& unit) {
   forgetPathsOf(unit);
-  shared_.logicalUnits->erase(unit.serviceEntryID());
+  known_.logicalUnits.erase(unit.serviceEntryID());
   return registry_.findServicesByEntryID(unit.serviceEntryID());
 }
 
-RegistryResult<RegistryHandle> Scan::selectUnitOf(const MPIOLogicalUnitPath& path) {
+Result<RegistryHandle> Scan::selectUnitOf(const MPIOLogicalUnitPath& path) {
   EntryID unitEntryID = 0;
   if (const auto unit = path.matchingLogicalUnit()) {
     unitEntryID = unit->serviceEntryID();
     unit->removeAllPaths();
-    shared_.logicalUnits->erase(unitEntryID);
-    forgetPathsOf(*unit);  // forgets none, since the unit is empty by now: the order is required
+    known_.logicalUnits.erase(unitEntryID);
+    forgetPathsOf(*unit);  // Fixed: the unit is empty by now, so its paths stay known
   }
   return registry_.findServicesByEntryID(unitEntryID);
 }
 
 void Scan::forgetPathsOf(const MPIOLogicalUnit& unit) {
-  for (const auto& [entryID, path] : unit.logicalUnitPaths()) shared_.paths->erase(entryID);
+  for (const auto& [entryID, path] : unit.logicalUnitPaths()) known_.paths.erase(entryID);
 }
 
-// The device type as a signed 32-bit number says whether the entry is a unit for us.
+// Returns true if the device type is a signed 32-bit number and stands for storage.
 bool isStorage(const ob::Dictionary& properties) {
   const auto* type = properties.valueAs<ob::Number>(registry::kPeripheralDeviceType);
   const auto value = type == nullptr ? std::nullopt : type->asInt64();
@@ -94,17 +95,15 @@ void Scan::visit(RegistryHandle entry) {
   visitPaths(entry, unit.get());
 }
 
-// The unit known under the ID, or a new one. None where memory ran out: its paths are entered all
-// the same.
+// Returns the known unit with that ID, or a new one. Returns null if memory runs out; the scan then
+// still adds the paths of the entry, without a unit.
 ob::Ref<MPIOLogicalUnit> Scan::unitFor(EntryID entryID) {
-  if (const auto* known = shared_.logicalUnits->find(entryID)) return *known;
-  try {
+  if (const auto* known = known_.logicalUnits.find(entryID)) return *known;
+  return ob::catchExhaustion(ob::Ref<MPIOLogicalUnit>(), [&] {
     auto unit = MPIOLogicalUnit::initWithKsKitServiceEntry(host_, entryID);
     fresh_.set(entryID, unit);
     return unit;
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+  });
 }
 
 void Scan::visitPaths(RegistryHandle entry, MPIOLogicalUnit* unit) {
@@ -120,33 +119,57 @@ void Scan::visitPaths(RegistryHandle entry, MPIOLogicalUnit* unit) {
 
 void Scan::enterPath(EntryID entryID, MPIOLogicalUnit* unit) {
   if (unit != nullptr && unit->logicalUnitPaths().contains(entryID)) return;
-  try {
+  // If memory runs out, the scan goes on without this path.
+  ob::catchExhaustion([&] {
     const auto path = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host_, entryID, unit);
     if (unit != nullptr) unit->addPath(path.get(), entryID);
-    shared_.paths->set(entryID, path);
-  } catch (const std::bad_alloc&) {  // the scan goes on without this path
-  }
+    known_.paths.set(entryID, path);
+  });
 }
 
 void Scan::merge() {
-  if (shared_.logicalUnits->empty()) {
-    std::swap(*shared_.logicalUnits, fresh_);
+  if (known_.logicalUnits.empty()) {
+    std::swap(known_.logicalUnits, fresh_);
     return;
   }
-  for (const auto& [entryID, unit] : fresh_) shared_.logicalUnits->set(entryID, unit);
+  for (const auto& [entryID, unit] : fresh_) known_.logicalUnits.set(entryID, unit);
+}
+
+void scan(MPIODictionaries& known, MPIOHost& host, int mode, const ob::Object* handle) {
+  Scan scan(known, host);
+  const auto found = scan.select(mode, handle);
+  if (found.status != kSuccess || found.value == 0) return;
+  // If memory runs out, the units found until then are still merged.
+  ob::catchExhaustion([&] {
+    forEachEntry(host.registry(), found.value, [&](RegistryHandle entry) { scan.visit(entry); });
+  });
+  scan.merge();
 }
 
 }  // namespace
 
-void scanRegistry(MPIOManager& shared, MPIOHost& host, int mode, const ob::Object* handle) {
-  Scan scan(shared, host);
-  const auto [status, found] = scan.select(mode, handle);
-  if (status != kSuccess || found == 0) return;
-  try {
-    forEachEntry(host.registry(), found, [&](RegistryHandle entry) { scan.visit(entry); });
-  } catch (const std::bad_alloc&) {  // what was found until then is entered all the same
-  }
-  scan.merge();
+std::uint32_t configurationGeneration(MPIOKernelTunable& tunable) {
+  const SCSIMPIOStatisticsRequest request{.requestType = kConfigurationGeneration};
+  std::uint32_t generation = 0;
+  std::size_t length = sizeof generation;
+  tunable.sysctlbyname(kStatisticsTunable, &generation, &length, &request, sizeof request);
+  return generation;
+}
+
+void MPIOManagerRescan(int mode, const ob::Object* handle) noexcept {
+  withPool<bool>([&] {
+    MPIOManager& shared = manager();
+    const ob::MutexLock lock(shared.lock);
+    if (shared.ended || !shared.dictionaries) return false;
+    MPIOHost& host = sharedHost();
+    // Only a change of the generation starts a scan. The manager begins with 0, so a driver that
+    // answers 0 from the beginning is not scanned. A change back to 0 is a change like any other.
+    const std::uint32_t generation = configurationGeneration(host.tunable());
+    if (generation == shared.lastGeneration) return false;
+    shared.lastGeneration = generation;
+    scan(*shared.dictionaries, host, mode, handle);
+    return true;
+  });
 }
 
 }  // namespace tavrenix

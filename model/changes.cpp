@@ -1,9 +1,10 @@
-// MPIOLogicalUnit: configuration requests to the driver. Each is one dictionary written under
-// "Properties" into the unit's own entry.
+// MPIOLogicalUnit: configuration requests to the driver. Each is one dictionary, written to the
+// property "Properties" of the unit's entry.
 #include <optional>
 
+#include "host/registry_names.hpp"
 #include "model/logical_unit.hpp"
-#include "model/registry_names.hpp"
+#include "model/public_values.hpp"
 
 namespace tavrenix {
 
@@ -12,11 +13,12 @@ struct MPIOLogicalUnit::PathStateRequest {
   std::string_view lackingIdentifiers;
 };
 
-// One change: holds the unit's lock from before the request is built until after the write, and the
-// entry's handle a little longer.
+// One change. Locks the unit's mutex for its whole life: the request is built and written under it.
+// Releases the entry's handle after the lock.
 class MPIOLogicalUnit::Change {
  public:
-  // The algorithm family and the path family word the same two failures differently.
+  // The messages of the two failures of a write. Changes of settings and changes of paths have
+  // different ones. Fixed: scripts depend on them.
   struct Words {
     std::string_view notFound;
     std::string_view refused;
@@ -35,7 +37,8 @@ class MPIOLogicalUnit::Change {
     if (entry_ != 0) unit_.host_.registry().release(entry_);  // after the lock
   }
 
-  // False, with *failure where it is wanted, if the entry is gone or the driver refuses.
+  // Returns false if the entry is gone or the driver refuses. Stores the error in *failure unless
+  // failure is null.
   bool write(const ob::Dictionary& request, const Words& words, const ob::Error** failure) {
     MPIODeviceRegistry& registry = unit_.host_.registry();
     entry_ = registry.findServiceByEntryID(unit_.serviceEntryID_);
@@ -54,7 +57,7 @@ class MPIOLogicalUnit::Change {
 
   MPIOLogicalUnit& unit_;
   RegistryHandle entry_ = 0;
-  std::unique_lock<std::mutex> lock_;
+  std::unique_lock<ob::Mutex> lock_;
 };
 
 namespace {
@@ -69,18 +72,11 @@ bool report(bool done, const ob::Error* failure, ErrorOut error) {
   return done;
 }
 
-// Bit tests, unlike the exact comparisons of getProperties: the lowest known bit wins.
-const ob::String* algorithmName(std::uint32_t code) {
-  if ((code & kMPIOAlgorithmLeastBytes) != 0) return &registry::kLeastBytes;
-  if ((code & kMPIOAlgorithmLeastQueueDepth) != 0) return &registry::kLeastQueueDepth;
-  if ((code & kMPIOAlgorithmRoundRobin) != 0) return &registry::kModifiedRoundRobin;
-  return nullptr;
-}
-
-// Both keys always go together.
-ob::Ref<const ob::Dictionary> algorithmRequest(const ob::String& name, std::uint32_t batchCount) {
+// The driver expects both keys in each request.
+ob::Ref<const ob::Dictionary> algorithmRequest(const Algorithm& algorithm,
+                                               std::uint32_t batchCount) {
   ob::DictionaryBuilder request(2);
-  request.add(registry::kAlgorithm, ob::Ref<const ob::String>::retain(&name));
+  request.add(registry::kAlgorithm, ob::Ref<const ob::String>::retain(&algorithm.registryName));
   request.add(registry::kBatchCount, ob::Number::make(std::int64_t{batchCount}));
   return request.build();
 }
@@ -101,14 +97,15 @@ bool MPIOLogicalUnit::setAlgorithm(std::uint32_t code, ErrorOut error) {
 
 bool MPIOLogicalUnit::requestAlgorithm(std::uint32_t code, const ob::Error** failure) {
   Change change(*this);
-  const ob::String* name = algorithmName(code);
-  if (name == nullptr) {
+  // Takes the lowest of several bits. getProperties() instead takes several bits for least bytes.
+  const Algorithm* algorithm = algorithmOfLowestBit(code);
+  if (algorithm == nullptr) {
     *failure = MPIOErrorCreate("Bad parameter. algorithmString string is nil", kErrorBadArgument);
     return false;
   }
-  const auto request = algorithmRequest(*name, batchCount_);
+  const auto request = algorithmRequest(*algorithm, batchCount_);
   if (!change.write(*request, Change::kAlgorithmWords, failure)) return false;
-  algorithm_ = code;  // as given, not just the bit that was sent
+  algorithm_ = code;  // all its bits, not only the one that was sent
   return true;
 }
 
@@ -119,17 +116,18 @@ bool MPIOLogicalUnit::setBatchCount(std::uint32_t count, ErrorOut error) {
 }
 
 bool MPIOLogicalUnit::requestBatchCount(std::uint32_t count, const ob::Error** failure) {
-  Change change(*this);  // before the argument is looked at, unlike setAlgorithm
+  Change change(*this);  // locks before it checks the argument, unlike setAlgorithm
   if (count == 0) {
     *failure =
         MPIOErrorCreate("Bad value for batchCount.  Must be greater than 0", kErrorBadArgument);
     return false;
   }
-  const ob::String* name = algorithmName(algorithm_);
-  if (name == nullptr) return false;
-  // No error object for a failed write, unlike setAlgorithm: kept.
-  if (!change.write(*algorithmRequest(*name, count), Change::kAlgorithmWords, nullptr))
-    return false;
+  const Algorithm* algorithm = algorithmOfLowestBit(algorithm_);
+  if (algorithm == nullptr) return false;
+  // Fixed: a failed write stores no error object here, but does in setAlgorithm. Clients depend on
+  // it.
+  const auto request = algorithmRequest(*algorithm, count);
+  if (!change.write(*request, Change::kAlgorithmWords, nullptr)) return false;
   batchCount_ = count;
   return true;
 }

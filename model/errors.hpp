@@ -1,11 +1,11 @@
-// The system's error objects: the message text is the domain, the code one of kMPIOError...
+// Error objects. The domain of an error is its message, and its code is an MPIOErrorCode.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <string_view>
 
-#include "runtime/error.hpp"
+#include "runtime/collections.hpp"
 
 namespace tavrenix {
 
@@ -19,12 +19,12 @@ enum MPIOErrorCode : std::int64_t {
   kErrorNoResources = 0x08000007,
 };
 
-// Where a model operation stores its error: an object in the thread's pool, borrowed from there, or
-// null where the failure has none. Null where the caller does not want it.
+// Points to where a function stores its error object, or null if the failure has none. A caller
+// that wants no error passes null. Ownership: the object belongs to the thread's innermost pool.
 using ErrorOut = const ob::Error**;
 
-// The error object, kept by the thread's innermost pool. resultCode becomes "Error Result Code" in
-// the user information; without one there is no user information.
+// Returns an error object. A result code becomes its user information, under "Error Result Code".
+// Ownership: the object belongs to the thread's innermost pool.
 const ob::Error* MPIOErrorCreate(std::string_view message, MPIOErrorCode code,
                                  std::optional<std::int32_t> resultCode = std::nullopt);
 

@@ -1,5 +1,5 @@
-// The public keys and values: one table, in the order of their declaration in <tavrenix/mpio.h>,
-// which exports each under its name. Names of the registry are another vocabulary
+// The public keys and values in one table, in the order of their declarations in <tavrenix/mpio.h>.
+// The library exports each under its name. The names in the registry are different objects
 // (registry_names.hpp).
 #pragma once
 
@@ -20,13 +20,13 @@
   X(kMPIOLogicalUnitVolumesKey, "Logical Unit Volumes Dictionary Array")                         \
   X(kMPIOLogicalUnitVolumeNameKey, "Logical Unit Volume Name")                                   \
   X(kMPIOLogicalUnitVolumeSizeKey, "Logical Unit Volume Size")                                   \
-  /* Carries the device's name, not a path in the file system; the wording is kept. */           \
+  /* The device's name, not a path in the file system. Fixed: clients depend on the text. */     \
   X(kMPIOLogicalUnitVolumeMountPointKey, "Logical Unit Volume Mount Point")                      \
   X(kMPIOLogicalUnitPathIdentifierKey, "Logical Unit Path Identifier")                           \
   X(kMPIOLogicalUnitPathStateKey, "Logical Unit Path State")                                     \
   X(kMPIOLogicalUnitPathInterconnectKey, "Logical Unit Path Interconnect")                       \
   X(kMPIOLogicalUnitPathHostPortIdentifierKey, "Logical Unit Path Host Port Identifier")         \
-  /* The text of the path state key a second time; nothing reads or writes through it. */        \
+  /* Has the text of the path state key. The library itself does not use it. */                  \
   X(kMPIOLogicalUnitPathAccessStateKey, "Logical Unit Path State")                               \
   X(kMPIOPathStateActiveOptimized, "Active Optimized")                                           \
   X(kMPIOPathStateActiveNonOptimized, "Active Non-Optimized")                                    \
@@ -51,7 +51,7 @@
     "Logical Unit Path Statistics Cumulative Bytes Sent")                                        \
   X(kMPIOLogicalUnitPathStatisticsBytesReceivedKey,                                              \
     "Logical Unit Path Statistics Cumulative Bytes Received")                                    \
-  /* Lacks the word "Cumulative" of its neighbours; kept. */                                     \
+  /* Lacks the word "Cumulative" of its neighbours. Fixed: clients depend on the text. */        \
   X(kMPIOLogicalUnitPathStatisticsTotalBytesKey,                                                 \
     "Logical Unit Path Statistics Total Bytes Transferred")                                      \
   X(kMPIOLogicalUnitPathStatisticsTotalCommandsKey,                                              \
@@ -60,9 +60,7 @@
 
 namespace tavrenix::keys {
 
-#define TAVRENIX_PUBLIC_STRING(name, text)                 \
-  inline constinit ob::ConstantString name##Storage{text}; \
-  inline constexpr const ob::String& name = name##Storage.string;
+#define TAVRENIX_PUBLIC_STRING(name, text) OB_CONSTANT_STRING(name, text);
 TAVRENIX_PUBLIC_STRINGS(TAVRENIX_PUBLIC_STRING)
 #undef TAVRENIX_PUBLIC_STRING
 

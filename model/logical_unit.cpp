@@ -1,9 +1,9 @@
-// MPIOLogicalUnit: its life, its paths and its properties.
+// MPIOLogicalUnit: construction, paths, properties and statistics.
 #include "model/logical_unit.hpp"
 
-#include "model/entry.hpp"
-#include "model/identifier.hpp"
+#include "host/entry.hpp"
 #include "model/keys.hpp"
+#include "model/public_values.hpp"
 #include "model/statistics.hpp"
 
 namespace tavrenix {
@@ -26,14 +26,14 @@ ob::Ref<const ob::Dictionary> MPIOLogicalUnit::propertiesForEntryID(MPIOHost& ho
 ob::Ref<MPIOLogicalUnit> MPIOLogicalUnit::initWithKsKitServiceEntry(MPIOHost& host,
                                                                     EntryID entryID) {
   auto unit = ob::make<MPIOLogicalUnit>(host, entryID);
-  const std::lock_guard lock(unit->logicalUnitMutex);
+  const ob::MutexLock lock(unit->logicalUnitMutex);
   unit->rebuildPropertiesFromEntry();
   return unit;
 }
 
 void MPIOLogicalUnit::rebuildPropertiesFromEntry() {
   if (const auto properties = propertiesForEntryID(host_, serviceEntryID_)) {
-    // Once set, an identifier stays: look-ups and the user's command line rely on it.
+    // An identifier never changes once it is set: look-ups and command lines rely on it.
     if (!logicalUnitID_.load()) {
       logicalUnitID_.store(logicalUnitIdentifierFromPropertiesDict(properties.get()));
     }
@@ -42,37 +42,29 @@ void MPIOLogicalUnit::rebuildPropertiesFromEntry() {
     replaceIfPresent(productID_, properties->valueAs<ob::String>(registry::kProduct));
     takeAlgorithm(*properties);
   }
-  rebuildVolumes();  // whether or not the properties could be read
+  rebuildVolumes();  // even if the properties could not be read
 }
 
 void MPIOLogicalUnit::takeAlgorithm(const ob::Dictionary& properties) {
   const auto* name = properties.valueAs<ob::String>(registry::kLoadBalancingAlgorithm);
-  if (name == nullptr) return;
-  if (name->equals(registry::kLeastBytes)) {
-    algorithm_ = kMPIOAlgorithmLeastBytes;
-  } else if (name->equals(registry::kLeastQueueDepth)) {
-    algorithm_ = kMPIOAlgorithmLeastQueueDepth;
-  } else if (name->equals(registry::kModifiedRoundRobin)) {
-    algorithm_ = kMPIOAlgorithmRoundRobin;
-    // Read for round robin only, on purpose: for the others the count is what it last was.
-    const auto* count = properties.valueAs<ob::Number>(registry::kBatchCount);
-    const auto low = static_cast<std::uint32_t>(count == nullptr ? 0 : count->bits());
-    if (low != 0) batchCount_ = low;
-  }
+  const Algorithm* algorithm = name == nullptr ? nullptr : algorithmOfRegistryName(*name);
+  if (algorithm == nullptr) return;
+  algorithm_ = algorithm->code;
+  // On purpose only round robin takes the count: under another algorithm it stays as it was.
+  if (algorithm->code != kMPIOAlgorithmRoundRobin) return;
+  const auto* count = properties.valueAs<ob::Number>(registry::kBatchCount);
+  const auto low = static_cast<std::uint32_t>(count == nullptr ? 0 : count->bits());
+  if (low != 0) batchCount_ = low;
 }
 
 ob::Ref<const ob::Dictionary> MPIOLogicalUnit::getProperties() {
-  const std::lock_guard lock(logicalUnitMutex);
+  const ob::MutexLock lock(logicalUnitMutex);
   rebuildPropertiesFromEntry();
 
-  // Least bytes is the fallback on purpose: it also stands for an algorithm that was never
-  // reported.
-  const ob::String* algorithm = &keys::kMPIOLogicalUnitAlgorithmLeastBytes;
-  if (algorithm_ == kMPIOAlgorithmRoundRobin) {
-    algorithm = &keys::kMPIOLogicalUnitAlgorithmRoundRobin;
-  } else if (algorithm_ == kMPIOAlgorithmLeastQueueDepth) {
-    algorithm = &keys::kMPIOLogicalUnitAlgorithmLeastQueueDepth;
-  }
+  // Shows least bytes if the registry has never reported an algorithm, and if several bits are set.
+  const Algorithm* known = algorithmOfCode(algorithm_);
+  const ob::String* algorithm =
+      known == nullptr ? &keys::kMPIOLogicalUnitAlgorithmLeastBytes : &known->publicValue;
 
   ob::DictionaryBuilder builder(7);
   builder.add(keys::kMPIOLogicalUnitBatchCountKey, ob::Number::make(std::int64_t{batchCount_}));
@@ -87,7 +79,7 @@ ob::Ref<const ob::Dictionary> MPIOLogicalUnit::getProperties() {
 
 void MPIOLogicalUnit::addPath(MPIOLogicalUnitPath* path, std::uint64_t pathKey) {
   if (path == nullptr) return;
-  const std::lock_guard lock(logicalUnitMutex);
+  const ob::MutexLock lock(logicalUnitMutex);
   if (paths_.contains(pathKey)) return;
   path->setMatchingLogicalUnit(this);
   paths_.set(pathKey, ob::Ref<MPIOLogicalUnitPath>::retain(path));
@@ -95,7 +87,7 @@ void MPIOLogicalUnit::addPath(MPIOLogicalUnitPath* path, std::uint64_t pathKey) 
 
 void MPIOLogicalUnit::removePath(MPIOLogicalUnitPath* path) {
   if (path == nullptr) return;
-  const std::lock_guard lock(logicalUnitMutex);
+  const ob::MutexLock lock(logicalUnitMutex);
   path->setMatchingLogicalUnit(nullptr);
   paths_.erase(path->serviceEntryID());
 }

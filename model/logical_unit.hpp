@@ -1,78 +1,72 @@
 // MPIOLogicalUnit: one multipathed logical unit, its paths, its volumes, and the requests that
 // change how the driver uses it.
 //
-// It keeps its entry ID and looks its entry up afresh for every read and write. It owns its paths;
-// they refer back without owning it. Threads: logicalUnitMutex, which is not recursive, is held by
-// construction, getProperties, addPath, removePath and every configuration change. The other
-// operations take no lock; each getter is atomic by itself. Clients serialise what touches the
-// paths.
+// A unit keeps its entry ID and finds its entry again for every read and write.
+// Ownership: a unit owns its paths. They refer back without owning it.
+// Thread safety: construction, getProperties, addPath, removePath and every change lock
+// logicalUnitMutex, which is not recursive. The other functions take no lock. Each getter is atomic
+// by itself. Clients serialise the calls that read or change the set of paths.
 #pragma once
 
-#include <mutex>
-
 #include "model/path.hpp"
+#include "runtime/mutex.hpp"
 
 namespace tavrenix {
-
-// Bit values. Where several are set, the lowest known bit names the algorithm of a request.
-enum MPIOAlgorithm : std::uint32_t {
-  kMPIOAlgorithmLeastBytes = 4,
-  kMPIOAlgorithmLeastQueueDepth = 8,
-  kMPIOAlgorithmRoundRobin = 16,
-};
 
 class MPIOLogicalUnit final : public ob::Object {
  public:
   using Paths = ob::NumberMap<ob::Ref<MPIOLogicalUnitPath>>;  // by path key
 
   static ob::TypeID getTypeID();
-  // None where the properties are none or hold no identifier.
+  // Returns the identifier, or null if there are no properties or they hold none.
   static ob::Ref<const ob::String> logicalUnitIdentifierFromPropertiesDict(
       const ob::Dictionary* properties);
   static ob::Ref<const ob::Dictionary> propertiesForEntryID(MPIOHost& host, EntryID entryID);
-  // The volume dictionary of a media entry, borrowed for the call; none for handle 0, and for a
-  // medium that cannot be described or has no volume name.
+  // Returns the volume dictionary of a media entry. Returns null for handle 0, and if the medium
+  // cannot be described or has no volume name. Ownership: borrows the handle.
   static ob::Ref<const ob::Dictionary> volumeInfoForLUNVolume(MPIOHost& host, RegistryHandle media);
 
-  // The unit of that entry, made even where the entry cannot be read.
+  // Returns the unit of that entry, even if the entry cannot be read.
   static ob::Ref<MPIOLogicalUnit> initWithKsKitServiceEntry(MPIOHost& host, EntryID entryID);
 
-  // Re-reads the registry. What is absent or cannot be read keeps its old value. The caller holds
-  // logicalUnitMutex.
-  void rebuildPropertiesFromEntry();
-  // The public dictionary, read afresh.
+  // Reads the registry again. A value that is absent or cannot be read stays as it was.
+  void rebuildPropertiesFromEntry() OB_REQUIRES(logicalUnitMutex);
+  // Returns the public dictionary, read afresh.
   ob::Ref<const ob::Dictionary> getProperties();
 
-  // Under a key that is taken the path already there stays.
+  // Adds the path under the key, which is its entry ID. Does nothing if the key is taken.
   void addPath(MPIOLogicalUnitPath* path, std::uint64_t pathKey);
   void removePath(MPIOLogicalUnitPath* path);
-  // Takes no lock and leaves the paths' reference to the unit, both unlike removePath.
+  // Unlike removePath, takes no lock, and lets the paths still refer to the unit.
   void removeAllPaths();
   ob::Ref<const ob::Array> getPaths() const;
   ob::Ref<const ob::Array> getPathIDs() const;
 
-  // Changes: each asks the driver by one write into the unit's entry and reports whether the write
-  // was taken. What became of it shows at the next read. *error is always assigned, null included.
+  // Changes. Each writes one request to the unit's entry and returns true if the driver has carried
+  // it out. The next read shows the effect.
+  // Errors: *error is assigned in every case, to null if there is no error object. `code`: bits of
+  // MPIOAlgorithm; the lowest counts. 0 fails without an error object.
   bool setAlgorithm(std::uint32_t code, ErrorOut error);
-  // count: at least 1. A missing entry or a refused write gives no error object, unlike
-  // setAlgorithm.
+  // `count`: at least 1. If the entry is missing or the driver refuses, there is no error object,
+  // unlike in setAlgorithm.
   bool setBatchCount(std::uint32_t count, ErrorOut error);
   bool enablePath(const MPIOLogicalUnitPath* path, ErrorOut error);
   bool disablePath(const MPIOLogicalUnitPath* path, ErrorOut error);
   bool enableAllPaths(ErrorOut error);
   bool disableAllPaths(ErrorOut error);
-  // The path's own answer. A null path: false, and *error untouched.
+  // Returns path->isEnabled(error). Returns false and leaves *error alone if the path is null.
   bool isPathEnabled(const MPIOLogicalUnitPath* path, ErrorOut error) const;
 
-  // Zeros where the driver does not answer.
+  // Returns the driver's counters, or zeros if the driver did not answer.
   SCSILogicalUnitStatistics grabStatsBuffer(EntryID unitEntryID) const;
-  // The public statistics, read now.
+  // Returns the public statistics, read now.
   ob::Ref<const ob::Dictionary> getCurrentStatistics() const;
 
   EntryID serviceEntryID() const noexcept { return serviceEntryID_; }
   ob::Ref<const ob::String> logicalUnitID() const noexcept { return logicalUnitID_.load(); }
   ob::Ref<const ob::String> logicalUnitAlias() const noexcept { return alias_.load(); }
-  // In the object only: the next rebuild overwrites it where the registry has an alias.
+  // Changes this object and not the registry. The next rebuild takes the registry's alias, if it
+  // has one.
   void setLogicalUnitAlias(ob::Ref<const ob::String> alias) noexcept {
     alias_.store(std::move(alias));
   }
@@ -83,7 +77,7 @@ class MPIOLogicalUnit final : public ob::Object {
   ob::Ref<const ob::Array> logicalUnitVolumesArray() const noexcept { return volumes_.load(); }
   const Paths& logicalUnitPaths() const noexcept { return paths_; }
 
-  // What its paths keep to find it while it lives.
+  // Returns a reference to the unit that does not own it, for the paths to keep.
   ob::Ref<ob::WeakCell<MPIOLogicalUnit>> weakCell() const noexcept { return anchor_.cell(); }
 
   ob::TypeID typeID() const noexcept override { return getTypeID(); }
@@ -105,7 +99,7 @@ class MPIOLogicalUnit final : public ob::Object {
 
   MPIOHost& host_;
   const EntryID serviceEntryID_;
-  std::mutex logicalUnitMutex;  // here, since each call touches it and what is above anyway
+  ob::Mutex logicalUnitMutex;
   ob::AtomicRef<const ob::String> logicalUnitID_;
   ob::AtomicRef<const ob::String> alias_;
   ob::AtomicRef<const ob::String> vendorID_;

@@ -1,10 +1,10 @@
 #include "model/path.hpp"
 
-#include "model/entry.hpp"
-#include "model/identifier.hpp"
+#include "host/entry.hpp"
+#include "host/registry_names.hpp"
 #include "model/keys.hpp"
 #include "model/logical_unit.hpp"
-#include "model/registry_names.hpp"
+#include "model/public_values.hpp"
 #include "model/statistics.hpp"
 
 namespace tavrenix {
@@ -40,7 +40,7 @@ void MPIOLogicalUnitPath::rebuildPropertiesFromEntry() {
   if (read.status != kSuccess) return;
   const auto& properties = read.value;
 
-  // Once set, an identifier stays: commands find the path by it.
+  // An identifier never changes once it is set: commands find the path by it.
   if (!pathID_.load()) pathID_.store(logicalUnitPathIdentifierFromPropertiesDict(properties.get()));
   if (const auto* protocol =
           properties->valueAs<ob::Dictionary>(registry::kProtocolCharacteristics)) {
@@ -63,8 +63,8 @@ void MPIOLogicalUnitPath::takeHostPort(RegistryHandle entry) {
   }
 }
 
-// The access states are those of SPC for 0 to 2; every other, transitioning and offline included,
-// reads as unavailable.
+// Takes the state byte of the driver. Of the asymmetric access states of SPC, 0 to 2 have values of
+// their own. Every other, such as transitioning or offline, shows as unavailable.
 void MPIOLogicalUnitPath::takeState(std::uint8_t state) noexcept {
   const ob::String* name = &keys::kMPIOPathStateUnavailable;
   switch (state & kPathStateAccessMask) {
@@ -90,8 +90,7 @@ EntryID MPIOLogicalUnitPath::locateLogicalUnitID() const {
                   [&](RegistryHandle entry) {
                     if (!host_.registry().conformsTo(entry, registry::kLogicalUnitClass)) return;
                     const auto [status, entryID] = host_.registry().getEntryID(entry);
-                    if (status == kSuccess)
-                      located = entryID;  // to the end: the last one wins, not the first
+                    if (status == kSuccess) located = entryID;  // of several, the last one counts
                   });
   return located;
 }
@@ -132,7 +131,8 @@ bool MPIOLogicalUnitPath::grabPathStatsBuffer(EntryID pathEntryID, SCSIPathStati
                                           .pathEntryID = pathEntryID};
   const int result = readStatistics(host_.tunable(), request, &record, sizeof record);
   if (result != 0) {
-    // Not made where it is not wanted: a scan of many silent paths would pile them up in its pool.
+    // An error object is made only if the caller wants it. Otherwise a scan of many paths without
+    // statistics would fill its pool with them.
     if (error != nullptr) {
       *error = MPIOErrorCreate("sysctlbyname failed", kErrorStatisticsUnavailable, result);
     }

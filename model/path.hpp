@@ -1,12 +1,13 @@
 // MPIOLogicalUnitPath: one path to a multipathed logical unit, as the registry and the driver last
 // described it.
 //
-// It keeps entry IDs only and looks its entry up afresh for every read. It has no lock: each
-// accessor is atomic by itself, a rebuild as a whole is not.
+// A path keeps entry IDs, and finds its entry again for every read.
+// Thread safety: there is no lock. Each accessor is atomic by itself; a rebuild is not atomic as a
+// whole.
 #pragma once
 
+#include "host/host.hpp"
 #include "model/errors.hpp"
-#include "model/host.hpp"
 #include "runtime/atomic_ref.hpp"
 #include "runtime/weak.hpp"
 
@@ -17,40 +18,41 @@ class MPIOLogicalUnit;
 class MPIOLogicalUnitPath final : public ob::Object {
  public:
   static ob::TypeID getTypeID();
-  // None where the properties hold no identifier.
+  // Returns the identifier, or null if there are no properties or they hold none.
   static ob::Ref<const ob::String> logicalUnitPathIdentifierFromPropertiesDict(
       const ob::Dictionary* properties);
   static ob::Ref<const ob::Dictionary> propertiesForEntryID(MPIOHost& host, EntryID entryID);
 
-  // The path of that entry to unit (which may be none: its entry ID is then 0). It is made even
-  // where the entry has vanished; what is not known stays absent.
+  // Returns a path object for the entry, even if the entry is gone: values that cannot be read are
+  // absent. `unit` is the unit that the path leads to, or null if it is not known.
   static ob::Ref<MPIOLogicalUnitPath> initWithKsKitServiceEntry(MPIOHost& host, EntryID entryID,
                                                                 const MPIOLogicalUnit* unit);
 
-  // Re-reads registry and driver. What cannot be read keeps its old value.
+  // Reads the registry and the driver again. A value that cannot be read stays as it was.
   void rebuildPropertiesFromEntry();
-  // The entry ID of the logical unit below the path's entry, the last one met; 0 where there is
-  // none.
+  // Returns the entry ID of the last logical unit below the path's entry, or 0 if there is none.
   EntryID locateLogicalUnitID() const;
-  // The public dictionary of the path as last read.
+  // Returns the public dictionary, made of the values as they were last read.
   ob::Ref<const ob::Dictionary> getProperties() const;
 
-  // Whether the driver says, asked now, that the path is enabled.
+  // Asks the driver. Returns true if the path is enabled, and false also if the driver does not
+  // answer.
   bool isEnabled(ErrorOut error) const;
-  // Hand the request to the unit. Without a unit: false, and *error untouched.
+  // Pass the request to the unit. If the unit is gone, they return false and leave *error alone.
   bool enable(ErrorOut error);
   bool disable(ErrorOut error);
 
-  // Writes *statistics only on success. A null pointer fails at once.
+  // Asks the driver for a path's record and stores it in *statistics. Returns false, and stores
+  // none, if the driver does not answer or `statistics` is null.
   bool grabPathStatsBuffer(EntryID pathEntryID, SCSIPathStatistics* statistics,
                            ErrorOut error) const;
-  // The public statistics, read now, which also updates state and enabled flag; none where the read
-  // fails.
+  // Reads the counters and returns the public statistics, or null if the read fails. Also updates
+  // the state and the enabled flag of the path.
   ob::Ref<const ob::Dictionary> getCurrentStatistics();
 
   EntryID serviceEntryID() const noexcept { return serviceEntryID_; }
   EntryID matchingLogicalUnitEntryID() const noexcept { return matchingLogicalUnitEntryID_; }
-  // The unit that holds the path now, or none: the path does not own it.
+  // Returns the unit that holds the path now, or null. The path does not own it.
   ob::Ref<MPIOLogicalUnit> matchingLogicalUnit() const;
   void setMatchingLogicalUnit(MPIOLogicalUnit* unit);
 
@@ -60,7 +62,7 @@ class MPIOLogicalUnitPath final : public ob::Object {
   ob::Ref<const ob::String> vendorID() const noexcept { return vendorID_.load(); }
   ob::Ref<const ob::String> productID() const noexcept { return productID_.load(); }
   ob::Ref<const ob::Data> scsiInitiatorPortIdentifier() const noexcept { return hostPort_.load(); }
-  // Values are immutable, so storing one is storing a copy.
+  // Setters store the value itself: it is immutable, so no copy is needed.
   void setPathID(ob::Ref<const ob::String> value) noexcept { pathID_.store(std::move(value)); }
   void setPathState(ob::Ref<const ob::String> value) noexcept {
     pathState_.store(std::move(value));
@@ -71,7 +73,7 @@ class MPIOLogicalUnitPath final : public ob::Object {
   void setScsiInitiatorPortIdentifier(ob::Ref<const ob::Data> value) noexcept {
     hostPort_.store(std::move(value));
   }
-  // One of the two booleans, or null while no statistics have been read.
+  // Returns whether the path is enabled, or null if no statistics have been read yet.
   const ob::Boolean* pathEnabled() const noexcept { return pathEnabled_.load(); }
 
   ob::TypeID typeID() const noexcept override { return getTypeID(); }

@@ -1,5 +1,5 @@
-// MPIOLogicalUnit: the volumes on its media.
-#include "model/entry.hpp"
+// MPIOLogicalUnit: the volumes of its media.
+#include "host/entry.hpp"
 #include "model/keys.hpp"
 #include "model/logical_unit.hpp"
 
@@ -7,14 +7,15 @@ namespace tavrenix {
 
 namespace {
 
-// A boolean or a number as an unsigned integer, its low 32 bits; 0 where it is absent.
+// Returns the low 32 bits of a number, 1 or 0 for a boolean, and 0 for anything else.
 std::uint32_t lowWord(const ob::Object* value) {
   if (const auto* boolean = ob::as<ob::Boolean>(value)) return boolean->value() ? 1 : 0;
   const auto* number = ob::as<ob::Number>(value);
   return number == nullptr ? 0 : static_cast<std::uint32_t>(number->bits());
 }
 
-// A leaf, or a shared volume that spans the unit; the components of a shared volume never.
+// Returns true if a medium holds a volume: a leaf does and a shared volume does, but a component of
+// a shared volume does not.
 bool holdsVolume(MPIODeviceRegistry& registry, RegistryHandle media) {
   const auto leaf = registry.copyProperty(media, registry::kLeaf);
   const auto hint = registry.copyProperty(media, registry::kContent);
@@ -49,7 +50,8 @@ ob::Ref<const ob::Dictionary> MPIOLogicalUnit::volumeInfoForLUNVolume(MPIOHost& 
   ob::DictionaryBuilder builder(3);
   builder.add(keys::kMPIOLogicalUnitVolumeNameKey, std::move(description->volumeName));
   builder.add(keys::kMPIOLogicalUnitVolumeSizeKey, std::move(description->mediaSize));
-  // The device's name under a key that speaks of a mount point: kept.
+  // Fixed: the key speaks of a mount point, but its value is the device's name. Clients depend on
+  // it.
   builder.add(keys::kMPIOLogicalUnitVolumeMountPointKey, std::move(description->bsdName));
   return builder.build();
 }

@@ -1,5 +1,5 @@
-// A reference that one thread may replace while others read it: a reader gets the old object or the
-// new one, whole and retained.
+// A reference that one thread may replace while others read it. A reader gets the old object or the
+// new one, retained in either case.
 #pragma once
 
 #include <cstdint>
@@ -17,6 +17,7 @@ class AtomicRef {
   AtomicRef& operator=(const AtomicRef&) = delete;
   ~AtomicRef() { store(nullptr); }
 
+  // Returns a new reference to the current object, or none.
   Ref<T> load() const noexcept {
     const std::uintptr_t held = lock();
     Ref<T> ref = Ref<T>::retain(pointer(held));
@@ -27,12 +28,12 @@ class AtomicRef {
   void store(Ref<T> object) noexcept {
     const std::uintptr_t old = lock();
     word_.store(reinterpret_cast<std::uintptr_t>(object.detach()), std::memory_order_release);
-    Ref<T>::adopt(pointer(old));  // released here, outside the lock
+    Ref<T>::adopt(pointer(old));  // releases the old object, outside the lock
   }
 
  private:
-  // Bit 0 of the pointer is the lock: objects are aligned, and it is held for a few instructions
-  // only.
+  // Bit 0 of the pointer is the lock. It is free because objects are aligned, and no thread holds
+  // the lock for more than a few instructions.
   static constexpr std::uintptr_t kLocked = 1;
 
   static T* pointer(std::uintptr_t word) noexcept {

@@ -2,41 +2,40 @@
 
 #include <pthread.h>
 
-#include <condition_variable>
 #include <deque>
-#include <mutex>
 #include <string>
 #include <thread>
 
+#include "runtime/mutex.hpp"
 #include "runtime/pool.hpp"
-#include "runtime/signals.hpp"
+#include "runtime/posix.hpp"
 
 namespace ob {
 
 struct DispatchQueue::State {
-  mutable std::mutex mutex;
-  std::condition_variable arrived;
-  mutable std::condition_variable finished;
-  std::deque<Task> waiting;
-  std::uint64_t queuedCount = 0;
-  std::uint64_t finishedCount = 0;
-  bool closed = false;
+  Mutex mutex;
+  Condition arrived;
+  Condition finished;
+  std::deque<Task> waiting OB_GUARDED_BY(mutex);
+  std::uint64_t queuedCount OB_GUARDED_BY(mutex) = 0;
+  std::uint64_t finishedCount OB_GUARDED_BY(mutex) = 0;
+  bool closed OB_GUARDED_BY(mutex) = false;
 
   void run();
 };
 
 namespace {
 
-// The state of the queue whose thread this is; null on every other thread.
+// On the thread of a queue: the state of that queue. Null on any other thread.
 thread_local const void* currentQueue = nullptr;
 
 }  // namespace
 
 void DispatchQueue::State::run() {
   currentQueue = this;
-  std::unique_lock lock(mutex);
+  MutexLock lock(mutex);
   for (;;) {
-    arrived.wait(lock, [this] { return closed || !waiting.empty(); });
+    while (waiting.empty() && !closed) arrived.wait(mutex);
     if (waiting.empty()) return;
     Task task = std::move(waiting.front());
     waiting.pop_front();
@@ -48,7 +47,7 @@ void DispatchQueue::State::run() {
     }
     lock.lock();
     ++finishedCount;
-    finished.notify_all();
+    finished.notifyAll();
   }
 }
 
@@ -61,23 +60,23 @@ DispatchQueue::DispatchQueue(std::string_view label) : state_(std::make_shared<S
 }
 
 DispatchQueue::~DispatchQueue() {
-  const std::lock_guard lock(state_->mutex);
+  const MutexLock lock(state_->mutex);
   state_->closed = true;
-  state_->arrived.notify_one();
+  state_->arrived.notifyOne();
 }
 
 void DispatchQueue::async(Task task) {
-  const std::lock_guard lock(state_->mutex);
+  const MutexLock lock(state_->mutex);
   state_->waiting.push_back(std::move(task));
   ++state_->queuedCount;
-  state_->arrived.notify_one();
+  state_->arrived.notifyOne();
 }
 
 bool DispatchQueue::drain() const {
   if (currentQueue == state_.get()) return false;
-  std::unique_lock lock(state_->mutex);
+  const MutexLock lock(state_->mutex);
   const std::uint64_t queuedBefore = state_->queuedCount;
-  state_->finished.wait(lock, [&] { return state_->finishedCount >= queuedBefore; });
+  while (state_->finishedCount < queuedBefore) state_->finished.wait(state_->mutex);
   return true;
 }
 

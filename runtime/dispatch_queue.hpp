@@ -1,9 +1,8 @@
 // A serial queue of tasks with a thread of its own.
 //
-// Ownership: the thread keeps what it needs, so a queue may be released while tasks wait. Releasing
-// the last reference does not wait, also where a task of the queue does it: what is queued still
-// runs, in order, and then the thread ends. Threads: every operation may be called on any thread,
-// also from a task of the queue.
+// Ownership: a queue may be released while tasks wait, also by one of its tasks. The release does
+// not wait: the queued tasks still run, in order, and then the thread ends.
+// Thread safety: every operation may be called on any thread, also by a task of the queue.
 #pragma once
 
 #include <functional>
@@ -16,17 +15,18 @@ namespace ob {
 class DispatchQueue final : public Object {
  public:
   static constexpr TypeID kType = kDispatchQueueType;
-  // Runs, and is destroyed, on the queue's thread, inside a pool of its own. It must not throw.
+  // The queue's thread runs and destroys each task inside a pool of its own. A task must not throw.
   using Task = std::function<void()>;
 
-  // label names the thread to debuggers, of which Linux shows 15 bytes. Throws std::system_error
-  // where no thread can be started.
+  // The label names the thread to debuggers; Linux shows its first 15 bytes.
+  // Errors: throws std::system_error if no thread can be started.
   explicit DispatchQueue(std::string_view label);
   ~DispatchQueue() override;
 
+  // Queues the task.
   void async(Task task);
-  // Returns when everything queued before the call has run. On the queue itself that would never
-  // be: there it returns false at once, without waiting.
+  // Waits until every task that was queued before the call has run. Returns false at once in a task
+  // of this queue, which would wait for itself.
   bool drain() const;
 
   TypeID typeID() const noexcept override { return kType; }

@@ -1,8 +1,8 @@
-// The base of every object: an intrusive, atomic reference count and a type ID.
+// The base class of every object: an atomic reference count inside the object, and a type ID.
 //
-// Ownership: an object starts with one reference, owned by its maker. Ref<T> makes ownership
-// visible in types; raw pointers borrow. Raw owning pointers appear only at the C interface.
-// Threads: references may be taken and given back on any thread.
+// Ownership: a new object has one reference, which its maker owns. A Ref<T> owns a reference, a raw
+// pointer borrows. Only the C interface hands out raw pointers that own.
+// Thread safety: references may be taken and released on any thread.
 #pragma once
 
 #include <atomic>
@@ -15,7 +15,7 @@ namespace ob {
 
 using TypeID = std::uintptr_t;
 
-// Fixed IDs of the runtime's own classes; those of registered classes follow.
+// The IDs of the runtime's own classes. Registered classes get the IDs after them.
 enum BuiltinType : TypeID {
   kNoType = 0,
   kStringType,
@@ -33,7 +33,7 @@ enum BuiltinType : TypeID {
   kFirstRegisteredType,
 };
 
-// A type ID that no other class has. Never fails; any thread.
+// Returns a type ID that no other class has. Never fails. Thread safety: any thread.
 TypeID registerClass();
 
 class Object {
@@ -42,22 +42,23 @@ class Object {
   Object& operator=(const Object&) = delete;
 
   virtual TypeID typeID() const noexcept = 0;
-  // Same kind and same value; identity unless a class says otherwise.
+  // Returns true for an object of the same kind and value. A class that does not override this
+  // has objects that are equal only to themselves.
   virtual bool equals(const Object& other) const noexcept { return this == &other; }
 
   void retain() const noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
-  // Gives a reference back; the last one destroys the object on this thread.
+  // Releases one reference. Releasing the last one destroys the object, on this thread.
   void release() const noexcept;
-  // Takes a reference unless the object is already being destroyed.
+  // Takes a reference and returns true. Returns false if the object is being destroyed already.
   bool tryRetain() const noexcept;
 
-  // References held now: for tests, on objects that no other thread touches.
+  // Returns the number of references. For tests, on objects that no other thread uses.
   std::uint32_t retainCount() const noexcept { return count_.load(std::memory_order_relaxed); }
 
  protected:
   struct Immortal {};
   constexpr Object() noexcept = default;
-  // For constants: so many references that giving one back never ends them.
+  // Makes a constant: it starts with so many references that releases never reach the last one.
   constexpr explicit Object(Immortal) noexcept : count_(kImmortalCount) {}
   virtual ~Object() = default;
 
@@ -66,7 +67,7 @@ class Object {
   mutable std::atomic<std::uint32_t> count_{1};
 };
 
-// An owned reference, possibly none.
+// An owned reference to an object, or none.
 template <class T>
 class Ref {
  public:
@@ -88,18 +89,19 @@ class Ref {
     return *this;
   }
 
-  // Takes over the caller's reference.
+  // Returns a Ref for a reference that exists already. Ownership: takes over the caller's
+  // reference.
   static Ref adopt(T* object) noexcept {
     Ref ref;
     ref.object_ = object;
     return ref;
   }
-  // Takes a reference of its own to a borrowed object.
+  // Returns a Ref with one more reference to a borrowed object, or none for null.
   static Ref retain(T* object) noexcept {
     if (object != nullptr) object->retain();
     return adopt(object);
   }
-  // Hands the reference to the caller.
+  // Returns the object and becomes empty. Ownership: the caller takes over the reference.
   [[nodiscard]] T* detach() noexcept { return std::exchange(object_, nullptr); }
 
   T* get() const noexcept { return object_; }
@@ -120,7 +122,18 @@ Ref<T> make(Args&&... args) {
   return Ref<T>::adopt(new T(std::forward<Args>(args)...));
 }
 
-// Ends the process with one line on standard error: for states that must not go on.
+// Storage for an object that exists before any code runs and is never destroyed: threads and exit
+// handlers of the client may use it until the process ends.
+template <class T>
+union Constant {
+  template <class... Args>
+  constexpr explicit Constant(Args... args) noexcept : object(args...) {}
+  ~Constant() {}
+  T object;
+};
+
+// Prints the message to standard error and aborts the process. Called if going on could damage
+// something.
 [[noreturn]] void fatal(std::string_view message) noexcept;
 
 }  // namespace ob

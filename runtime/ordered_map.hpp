@@ -1,7 +1,8 @@
-// A map that keeps the order in which it was filled and costs little when small: a vector of pairs,
-// with a hash index beside it only above kLinear of them.
+// A map that keeps the order in which it was filled and costs little when small: a vector of pairs.
+// A hash index is added only above kLinear pairs.
 //
-// Not safe for concurrent use. Iterators and pointers into it end with the next change.
+// Thread safety: reads may run side by side; a change must be alone.
+// Ownership: iterators and pointers into the map are valid until its next change.
 #pragma once
 
 #include <algorithm>
@@ -10,10 +11,12 @@
 #include <utility>
 #include <vector>
 
+#include "runtime/hash.hpp"
+
 namespace ob {
 
-// Traits gives `static bool same(KeyView, const Key&)` and `static std::size_t hash(KeyView)`,
-// where KeyView is what look-ups are made with and is made from a Key by `view(const Key&)`.
+// Traits has a type KeyView, which look-ups are made with, and three static functions:
+// `KeyView view(const Key&)`, `bool same(KeyView, const Key&)` and `std::size_t hash(KeyView)`.
 template <class Key, class Value, class Traits>
 class OrderedMap {
  public:
@@ -29,15 +32,16 @@ class OrderedMap {
   auto begin() const noexcept { return pairs_.begin(); }
   auto end() const noexcept { return pairs_.end(); }
 
+  // Returns the value under the key, or null if there is none.
   const Value* find(KeyView key) const noexcept {
     const std::size_t at = position(key);
     return at == kNowhere ? nullptr : &pairs_[at].second;
   }
   bool contains(KeyView key) const noexcept { return position(key) != kNowhere; }
 
-  // As find, for look-ups that mostly follow the order of the map: what stands behind cursor, where
-  // the last one ended, is tried first, which spares a large map the wait for a line of its index.
-  // cursor may be any number at the beginning.
+  // Returns the same as find. Faster if look-ups mostly follow the order of the map: tries the pair
+  // after `cursor` first, and so saves most reads of the index. Sets `cursor` to the pair that it
+  // found. The cursor may start with any number.
   const Value* findAfter(std::size_t& cursor, KeyView key) const noexcept {
     const std::size_t next = cursor + 1;
     const bool follows = next < pairs_.size() && Traits::same(key, pairs_[next].first);
@@ -47,7 +51,7 @@ class OrderedMap {
     return &pairs_[at].second;
   }
 
-  // Adds the pair at the end, or replaces the value under an equal key where it stands.
+  // Adds the pair at the end, or replaces the value under an equal key in its place.
   void set(Key key, Value value) {
     const std::size_t at = position(Traits::view(key));
     if (at != kNowhere) {
@@ -60,13 +64,13 @@ class OrderedMap {
     if (!index_.empty()) enter(pairs_.size() - 1);
   }
 
-  // Removes the pair under key, if any. Below kLinear pairs the others keep their order; above it
-  // the last pair takes the place of the removed one, which costs the same whatever the size.
+  // Removes the pair under the key, if any. Up to kLinear pairs keep their order. In a larger map
+  // the last pair takes the place of the removed one, so that the cost does not grow with the size.
   void erase(KeyView key) {
     const std::size_t at = position(key);
     if (at == kNowhere) return;
-    [[maybe_unused]] const Pair removed =
-        std::move(pairs_[at]);  // its destruction must not see a half-changed map
+    // Its destructor may run code that uses the map, so it runs last, when the map is whole again.
+    [[maybe_unused]] const Pair removed = std::move(pairs_[at]);
     if (index_.empty()) {
       pairs_.erase(pairs_.begin() + static_cast<std::ptrdiff_t>(at));
       return;
@@ -103,8 +107,8 @@ class OrderedMap {
     return kNowhere;
   }
 
-  // index_ holds positions plus one, 0 where free; its size is a power of two, at least twice the
-  // pairs.
+  // A slot of index_ holds a position plus one, or 0 if it is free. The number of slots is a power
+  // of two and at least twice the number of pairs.
   void enter(std::size_t at) noexcept {
     const std::size_t mask = index_.size() - 1;
     std::size_t slot = home(at);
@@ -116,7 +120,7 @@ class OrderedMap {
     return Traits::hash(Traits::view(pairs_[at].first)) & (index_.size() - 1);
   }
 
-  // The slot that leads to position at, whose key is key.
+  // Returns the slot of position `at`, which holds `key`.
   std::size_t slotOf(KeyView key, std::size_t at) const noexcept {
     const std::size_t mask = index_.size() - 1;
     std::size_t slot = Traits::hash(key) & mask;
@@ -124,7 +128,8 @@ class OrderedMap {
     return slot;
   }
 
-  // Frees a slot and moves later ones of its run back, so that no run has a gap before its keys.
+  // Frees the slot. A search ends at the first free slot, so later slots of the same run move back
+  // to close the gap.
   void leave(std::size_t hole) noexcept {
     const std::size_t mask = index_.size() - 1;
     for (std::size_t slot = (hole + 1) & mask; index_[slot] != 0; slot = (slot + 1) & mask) {
@@ -152,15 +157,11 @@ struct NumberKeyTraits {
   using KeyView = std::uint64_t;
   static std::uint64_t view(std::uint64_t key) noexcept { return key; }
   static bool same(std::uint64_t a, std::uint64_t b) noexcept { return a == b; }
-  // Entry IDs run on: sixteen in a row share a line of the cache. What is above is mixed well (the
-  // finaliser of SplitMix64), so that other regular patterns do not cluster; nor do IDs that go up
-  // in steps of sixteen, as disks are numbered: their place in the line comes from the bits above.
+  // Neighbouring entry IDs are often looked up together. So 16 neighbours get 16 neighbouring
+  // slots, which share a line of the processor's cache. Disks have IDs in steps of 16: the higher
+  // bits are mixed in, so that these do not all want the same slot of a line.
   static std::size_t hash(std::uint64_t key) noexcept {
-    std::uint64_t group = key >> 4;
-    group = (group ^ (group >> 30)) * 0xBF58476D1CE4E5B9ULL;
-    group = (group ^ (group >> 27)) * 0x94D049BB133111EBULL;
-    group ^= group >> 31;
-    return static_cast<std::size_t>(group << 4 | ((key ^ (key >> 4)) & 15));
+    return static_cast<std::size_t>(hashOf(key >> 4) << 4 | ((key ^ (key >> 4)) & 15));
   }
 };
 

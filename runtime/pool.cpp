@@ -6,8 +6,8 @@ namespace {
 
 thread_local Pool* innermost = nullptr;
 
-// The pool below all others, made when a thread first needs it. It is not made again once the
-// thread's end has taken it away.
+// Makes the base pool of the thread on the first call. Later calls do nothing, even if the base
+// pool is gone: a destructor that runs late in the thread's exit may call this.
 void makeBasePool() {
   thread_local bool made = false;
   if (std::exchange(made, true)) return;
@@ -29,7 +29,7 @@ Pool::~Pool() {
 void Pool::keepObject(Ref<const Object> object) {
   if (innermost == nullptr) makeBasePool();
   if (innermost == nullptr) {
-    // Asked for by something that outlives the thread's own pool: lost rather than freed too early.
+    // The base pool has ended before its thread. The caller may still use the object, so leak it.
     static_cast<void>(object.detach());
     return;
   }

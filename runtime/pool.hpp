@@ -1,8 +1,8 @@
-// Scratch pools: where temporary objects live until the pool is drained.
+// Scratch pools, which keep temporary objects alive until the pool ends.
 //
-// Each thread has a stack of pools, and below them one of its own that is drained when the thread
-// ends, so that a temporary object made without a pool is neither lost nor freed too early. A pool
-// is made, filled and drained on one thread.
+// Each thread has a stack of pools. Below them lies a base pool, which lives as long as the thread,
+// so that an object kept outside every other pool is freed at the end of the thread.
+// Thread safety: a pool is made, filled and destroyed on one thread.
 #pragma once
 
 #include <vector>
@@ -13,15 +13,16 @@ namespace ob {
 
 class Pool {
  public:
-  // Becomes the thread's innermost pool.
+  // Makes this the innermost pool of the thread.
   Pool() noexcept;
-  // Releases what it holds. Pools end in the reverse order of their making; where one does not, it
-  // is taken out of the middle.
+  // Releases the objects of the pool. The pool need not be the innermost: it is then taken out of
+  // the middle of the stack.
   ~Pool();
   Pool(const Pool&) = delete;
   Pool& operator=(const Pool&) = delete;
 
-  // Puts the reference into the thread's innermost pool and returns the object, borrowed from it.
+  // Moves the reference into the innermost pool of the thread and returns the object, borrowed
+  // from that pool.
   template <class T>
   static T* keep(Ref<T> object) {
     T* borrowed = object.get();

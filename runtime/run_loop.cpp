@@ -2,7 +2,6 @@
 
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -17,12 +16,12 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// About thirty years: for longer than any run, and far from the ends of the clock.
+// In seconds, about thirty years: longer than any run lasts, and too short to overflow the clock.
 constexpr double kLongestRun = 1e9;
 
-int makeDescriptor() {
-  const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  if (descriptor < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
+FileDescriptor makeDescriptor() {
+  FileDescriptor descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+  if (!descriptor) throw std::system_error(errno, std::generic_category(), "eventfd");
   return descriptor;
 }
 
@@ -32,7 +31,8 @@ Clock::time_point deadlineIn(double seconds) {
   return Clock::now() + std::chrono::duration_cast<Clock::duration>(length);
 }
 
-// An interrupted wait is a short one: the caller looks again anyway.
+// Waits until the descriptor is readable or the time has passed. May return early, for instance
+// after a signal: the caller checks again anyway.
 void waitReadable(int descriptor, Clock::duration longest) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(longest);
   const auto rest = std::chrono::nanoseconds(longest - seconds);
@@ -43,7 +43,8 @@ void waitReadable(int descriptor, Clock::duration longest) {
 
 }  // namespace
 
-// Ends the loop with its thread. The loop itself may live on in the hands of others.
+// The loop of one thread. The end of the thread takes the sources out of the loop; other owners may
+// keep the loop itself.
 struct RunLoop::OfThread {
   Ref<RunLoop> loop = Ref<RunLoop>::adopt(new RunLoop);
   OfThread() = default;
@@ -59,17 +60,13 @@ RunLoop& RunLoop::current() {
 
 RunLoop::RunLoop() : descriptor_(makeDescriptor()) {}
 
-RunLoop::~RunLoop() {
-  close(descriptor_);
-}
-
 void RunLoop::wakeUp() noexcept {
-  // Fails only where the counter is full, and then the descriptor is readable already.
-  [[maybe_unused]] const int written = eventfd_write(descriptor_, 1);
+  // Fails only if the counter is full, and then the descriptor is readable already.
+  [[maybe_unused]] const int written = eventfd_write(descriptor(), 1);
 }
 
 void RunLoop::stop() noexcept {
-  const auto self = Ref<RunLoop>::retain(this);  // its thread may end as soon as it is stopped
+  const auto self = Ref<RunLoop>::retain(this);  // the thread may end, with its loop, once stopped
   stopped_.store(true);
   wakeUp();
 }
@@ -78,23 +75,23 @@ RunLoop::Result RunLoop::run(const String& mode, double seconds) {
   const auto deadline = deadlineIn(seconds);
   const Pass pass(*this);
   for (;;) {
-    // Before anything is looked at, so that a stop or a signal that comes later is not forgotten.
+    // Consume the wake first and then look for work: a later stop or signal wakes the loop again.
     eventfd_t wakes;
-    eventfd_read(descriptor_, &wakes);
+    eventfd_read(descriptor(), &wakes);
     if (stopped_.exchange(false)) return Result::kStopped;
     const auto sources = members(mode);
     if (sources.empty()) return Result::kFinished;
     performEach(sources, mode);
     const auto now = Clock::now();
     if (now >= deadline) return stopped_.exchange(false) ? Result::kStopped : Result::kTimedOut;
-    waitReadable(descriptor_, deadline - now);
+    waitReadable(descriptor(), deadline - now);
   }
 }
 
 bool RunLoop::performDue(const String& mode) {
   const Pass pass(*this);
   eventfd_t wakes;
-  eventfd_read(descriptor_, &wakes);
+  eventfd_read(descriptor(), &wakes);
   return performEach(members(mode), mode);
 }
 
@@ -114,13 +111,13 @@ RunLoop::Pass::~Pass() {
 }
 
 bool RunLoop::isAnythingDue() const noexcept {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return std::any_of(members_.begin(), members_.end(),
                      [](const Member& member) { return member.second->signalled_.load(); });
 }
 
 bool RunLoop::contains(const RunLoopSource& source, const String& mode) const {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return std::any_of(members_.begin(), members_.end(), [&](const Member& member) {
     return member.second.get() == &source && member.first->equals(mode);
   });
@@ -128,7 +125,7 @@ bool RunLoop::contains(const RunLoopSource& source, const String& mode) const {
 
 std::vector<Ref<RunLoopSource>> RunLoop::members(const String& mode) const {
   std::vector<Ref<RunLoopSource>> found;
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   for (const auto& [itsMode, source] : members_) {
     if (itsMode->equals(mode)) found.push_back(source);
   }
@@ -136,23 +133,24 @@ std::vector<Ref<RunLoopSource>> RunLoop::members(const String& mode) const {
 }
 
 bool RunLoop::enter(RunLoopSource& source, const String& mode) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (ended_) return false;
   members_.emplace_back(Ref<const String>::retain(&mode), Ref<RunLoopSource>::retain(&source));
-  wakeUp();  // it may have been signalled before
+  wakeUp();  // the source may have been signalled before
   return true;
 }
 
-// Hands the loop's reference to the caller, who holds the source's lock and releases it afterwards.
+// Takes the source out of the loop. Returns the loop's reference to it, so that the caller can
+// release it after the caller's own lock. Returns none if the source is not in the mode.
 Ref<RunLoopSource> RunLoop::withdraw(const RunLoopSource& source, const String& mode) noexcept {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto at = std::find_if(members_.begin(), members_.end(), [&](const Member& member) {
     return member.second.get() == &source && member.first->equals(mode);
   });
   if (at == members_.end()) return nullptr;
   Ref<RunLoopSource> withdrawn = std::move(at->second);
   members_.erase(at);
-  wakeUp();  // a run ends where no source is left
+  wakeUp();  // a run of this mode ends if no source is left
   return withdrawn;
 }
 
@@ -160,7 +158,7 @@ void RunLoop::end() {
   const Pool pool;
   std::vector<Member> left;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     ended_ = true;
     left.swap(members_);
   }

@@ -1,47 +1,47 @@
-// Run loops: a thread waits in its loop, and sources that were added to it are performed there when
-// they have been signalled.
+// Run loops: a thread waits in its loop, and the loop performs its sources that were signalled.
 //
-// A loop has modes, named by strings: a run performs the sources of one mode only.
-// Ownership: a loop holds the sources that were added to it until they are removed or invalidated,
-// or until its thread ends, which removes them all. Threads: run and performDue belong to the
-// loop's own thread; everything else, retain and release included, may be called on any thread.
-// Calls that add, remove and invalidate one and the same source are the client's to put in order.
-// The callbacks of a source are made without any lock held, so they may call anything.
+// A loop has modes, named by strings. A run performs the sources of one mode.
+// Ownership: a loop holds a source until the source is removed or invalidated. The end of a thread
+// removes all sources of its loop.
+// Thread safety: only the loop's own thread may call run and performDue. Any thread may call the
+// rest, retain and release included. The client serialises the calls that add, remove and
+// invalidate one source.
+// Locks: a source's callbacks run without a lock, so they may call every function of this file.
 #pragma once
 
 #include <limits>
-#include <mutex>
 #include <utility>
 #include <vector>
 
+#include "runtime/mutex.hpp"
+#include "runtime/posix.hpp"
 #include "runtime/string.hpp"
 
 namespace ob {
 
 class RunLoop;
 
-// The mode for clients that need no other.
-inline constinit ConstantString kDefaultModeStorage("Default");
-inline constexpr const String& kDefaultMode = kDefaultModeStorage.string;
+// The mode of clients that need only one.
+OB_CONSTANT_STRING(kDefaultMode, "Default");
 
 class RunLoopSource : public Object {
  public:
   static constexpr TypeID kType = kRunLoopSourceType;
 
-  // Has the source performed once by one of the loops that it is in, now or later, and wakes them.
-  // Signals that come before it is performed count as one.
+  // Makes one of the loops that the source is in, or will be in, perform it once, and wakes these
+  // loops. Several signals before the source is performed count as one.
   void signal();
-  // Removes it from every loop and mode, each with its cancel callback. It can never be added
-  // again.
+  // Removes the source from every loop and mode, with a cancel callback for each. An invalid source
+  // can never be added again.
   void invalidate();
   bool isValid() const;
 
   TypeID typeID() const noexcept override { return kType; }
 
  protected:
-  // Called by the thread that adds, within the call.
+  // Called within RunLoop::add, on its thread.
   virtual void schedule(RunLoop&, const String& /*mode*/) {}
-  // Called by the thread that removes or invalidates, within the call.
+  // Called within RunLoop::remove or invalidate, on their thread.
   virtual void cancel(RunLoop&, const String& /*mode*/) {}
   // Called on the thread of a loop that the source is in.
   virtual void perform() {}
@@ -57,12 +57,11 @@ class RunLoopSource : public Object {
   bool join(RunLoop& loop, const String& mode);
   bool leave(RunLoop& loop, const String& mode);
   bool takeSignal(const RunLoop& loop, const String& mode);
-  // The caller holds mutex_.
-  Memberships::iterator membership(const RunLoop& loop, const String& mode);
+  Memberships::iterator membership(const RunLoop& loop, const String& mode) OB_REQUIRES(mutex_);
 
-  mutable std::mutex mutex_;  // taken before a loop's
-  bool valid_ = true;
-  Memberships memberships_;
+  mutable Mutex mutex_;  // locked before the mutex of a loop
+  bool valid_ OB_GUARDED_BY(mutex_) = true;
+  Memberships memberships_ OB_GUARDED_BY(mutex_);
   std::atomic<bool> signalled_{false};
 };
 
@@ -72,29 +71,31 @@ class RunLoop final : public Object {
   enum class Result { kFinished = 1, kStopped, kTimedOut };
   static constexpr double kForever = std::numeric_limits<double>::infinity();
 
-  // The loop of this thread, borrowed from it. Throws std::system_error where it cannot be made.
+  // Returns the loop of this thread, borrowed from the thread.
+  // Errors: throws std::system_error if no event descriptor is left.
   static RunLoop& current();
-  ~RunLoop() override;
 
-  // True where the source is in the mode afterwards; false for an invalid source or an ended
-  // thread.
+  // Adds the source to the mode and returns true, also if it was there already. Returns false for
+  // an invalid source and for the loop of a thread that has ended.
   bool add(RunLoopSource& source, const String& mode) { return source.join(*this, mode); }
-  // False where it was not in the mode.
+  // Removes the source from the mode. Returns false if it was not there.
   bool remove(RunLoopSource& source, const String& mode) { return source.leave(*this, mode); }
   bool contains(const RunLoopSource& source, const String& mode) const;
 
-  // Performs the mode's sources as they are signalled, for so many seconds or kForever; 0 or less
-  // does what is due and does not wait. Ends early when the loop is stopped or no source is left in
-  // the mode. Runs may be nested; a stop ends the innermost.
+  // Performs the sources of the mode as they are signalled, for that many seconds or kForever. With
+  // 0 seconds or less, performs the sources that are due and does not wait. Ends early if the loop
+  // is stopped or no source is left in the mode. Runs may be nested; a stop ends the innermost.
   Result run(const String& mode, double seconds);
-  // Performs what is due in the mode and does not wait. False where nothing was due.
+  // Performs the sources of the mode that are due and does not wait. Returns false if none was due.
   bool performDue(const String& mode);
 
-  // Ends the run that is on, or the next one where none is.
+  // Ends the current run, or the next one if there is none.
   void stop() noexcept;
+  // Makes a waiting run look for due sources again.
   void wakeUp() noexcept;
-  // Readable when there may be something to perform in any mode, until performDue or run is called.
-  int descriptor() const noexcept { return descriptor_; }
+  // Returns a descriptor for poll. It becomes readable when a source of any mode may be due, and
+  // stays so until performDue or run.
+  int descriptor() const noexcept { return descriptor_.get(); }
 
   TypeID typeID() const noexcept override { return kType; }
 
@@ -111,8 +112,9 @@ class RunLoop final : public Object {
   bool isAnythingDue() const noexcept;
   void end();
 
-  // A run or performDue that is on. The wake that it takes may have been for another mode, or for
-  // a run around it that is to end: it is passed on afterwards.
+  // A call of run or performDue in progress. It has consumed the wake of the descriptor, which
+  // another mode or an outer run may have needed. So its end wakes the loop again if it is nested
+  // or if a source is still due.
   struct Pass {
     explicit Pass(RunLoop& itsLoop) noexcept : loop(itsLoop) { ++loop.depth_; }
     ~Pass();
@@ -121,12 +123,12 @@ class RunLoop final : public Object {
     RunLoop& loop;
   };
 
-  const int descriptor_;
-  std::size_t depth_ = 0;  // of passes; the own thread's alone
+  const FileDescriptor descriptor_;
+  std::size_t depth_ = 0;  // number of nested passes; used on the loop's own thread only
   std::atomic<bool> stopped_{false};
-  mutable std::mutex mutex_;
-  bool ended_ = false;
-  std::vector<Member> members_;
+  mutable Mutex mutex_;
+  bool ended_ OB_GUARDED_BY(mutex_) = false;
+  std::vector<Member> members_ OB_GUARDED_BY(mutex_);
 };
 
 }  // namespace ob

@@ -1,4 +1,5 @@
-// Which source is in which loop: the source's own list decides, the loop's follows it.
+// The membership of sources in loops. Source and loop keep one list each. The source's list
+// decides; the loop's list is changed along with it, under the source's lock.
 #include <algorithm>
 
 #include "runtime/run_loop.hpp"
@@ -15,7 +16,7 @@ RunLoopSource::Memberships::iterator RunLoopSource::membership(const RunLoop& lo
 bool RunLoopSource::join(RunLoop& loop, const String& mode) {
   const auto self = Ref<RunLoopSource>::retain(this);
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (!valid_) return false;
     if (membership(loop, mode) != memberships_.end()) return true;
     memberships_.reserve(memberships_.size() + 1);
@@ -27,11 +28,11 @@ bool RunLoopSource::join(RunLoop& loop, const String& mode) {
 }
 
 bool RunLoopSource::leave(RunLoop& loop, const String& mode) {
-  // The loop's reference may be the last one, the membership's the last one of the loop.
+  // Both are released at the end: they may be the last references to the source and to the loop.
   Ref<RunLoopSource> self;
   Membership left;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     const auto at = membership(loop, mode);
     if (at == memberships_.end()) return false;
     left = std::move(*at);
@@ -46,7 +47,7 @@ void RunLoopSource::invalidate() {
   const auto self = Ref<RunLoopSource>::retain(this);
   Memberships left;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     valid_ = false;
     left.swap(memberships_);
     for (const auto& [loop, mode] : left) loop->withdraw(*this, *mode);
@@ -55,19 +56,19 @@ void RunLoopSource::invalidate() {
 }
 
 bool RunLoopSource::isValid() const {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return valid_;
 }
 
 void RunLoopSource::signal() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   signalled_.store(true);
   for (const auto& [loop, mode] : memberships_) loop->wakeUp();
 }
 
 bool RunLoopSource::takeSignal(const RunLoop& loop, const String& mode) {
   if (!signalled_.load()) return false;
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return membership(loop, mode) != memberships_.end() && signalled_.exchange(false);
 }
 

@@ -1,4 +1,4 @@
-// Immutable UTF-8 text. Zero bytes inside are allowed; a zero byte always stands behind the text.
+// Immutable UTF-8 text. It may hold zero bytes, and a zero byte always follows it.
 #pragma once
 
 #include <string_view>
@@ -10,11 +10,11 @@ namespace ob {
 class String final : public Object {
  public:
   static constexpr TypeID kType = kStringType;
-  // A string of its own. None where the bytes are not UTF-8.
+  // Returns a string with a copy of the text, or none if the text is not UTF-8.
   static Ref<String> make(std::string_view text);
-  // The same for text already known to be ASCII.
+  // Returns a string with a copy of the text, which is not checked. REQUIRES: text is UTF-8.
   static Ref<String> makeASCII(std::string_view text);
-  // For constants; text must be a literal. See Constant.
+  // For OB_CONSTANT_STRING: borrows the literal.
   constexpr explicit String(std::string_view literal) noexcept
       : Object(Immortal{}), chars_(literal.data()), size_(literal.size()) {}
 
@@ -24,7 +24,7 @@ class String final : public Object {
   TypeID typeID() const noexcept override { return kType; }
   bool equals(const Object& other) const noexcept override;
 
-  // The text stands in the same allocation, behind the object.
+  // An object and its text are one allocation, which plain delete frees.
   static void operator delete(void* memory) noexcept { ::operator delete(memory); }
 
  private:
@@ -38,14 +38,10 @@ class String final : public Object {
   std::size_t size_;
 };
 
-// True where the bytes are well-formed UTF-8 (RFC 3629).
-bool isUTF8(std::string_view bytes) noexcept;
-
-// A string constant that exists before any code runs and is never destroyed.
-union ConstantString {
-  constexpr explicit ConstantString(std::string_view literal) noexcept : string(literal) {}
-  ~ConstantString() {}
-  String string;
-};
+// Defines `name` as a constant of type const ob::String&, in a header or a source file. It exists
+// before any code runs and is never destroyed. Two constants with the same text are two objects.
+#define OB_CONSTANT_STRING(name, text)                           \
+  inline constinit ob::Constant<ob::String> name##Storage{text}; \
+  inline constexpr const ob::String& name = name##Storage.object
 
 }  // namespace ob

@@ -8,12 +8,13 @@ namespace ob {
 
 namespace {
 
-// The whole number that real is exactly, if it lies in [low, 2^bits).
+// Returns the number without its fraction. Returns nothing for NaN, and if the whole number is not
+// in [low, 2^bits).
 template <class T>
-std::optional<T> exact(double real, double low, int bits) {
-  if (!(real >= low && real < std::ldexp(1.0, bits)) || real != std::trunc(real))
-    return std::nullopt;
-  return static_cast<T>(real);
+std::optional<T> truncated(double real, double low, int bits) {
+  const double whole = std::trunc(real);
+  if (!(whole >= low && whole < std::ldexp(1.0, bits))) return std::nullopt;
+  return static_cast<T>(whole);
 }
 
 }  // namespace
@@ -24,7 +25,7 @@ std::optional<std::int64_t> Number::asInt64() const noexcept {
     if (*value > static_cast<std::uint64_t>(INT64_MAX)) return std::nullopt;
     return static_cast<std::int64_t>(*value);
   }
-  return exact<std::int64_t>(*std::get_if<double>(&value_), -std::ldexp(1.0, 63), 63);
+  return truncated<std::int64_t>(*std::get_if<double>(&value_), -std::ldexp(1.0, 63), 63);
 }
 
 std::optional<std::uint64_t> Number::asUInt64() const noexcept {
@@ -33,7 +34,7 @@ std::optional<std::uint64_t> Number::asUInt64() const noexcept {
     if (*value < 0) return std::nullopt;
     return static_cast<std::uint64_t>(*value);
   }
-  return exact<std::uint64_t>(*std::get_if<double>(&value_), 0, 64);
+  return truncated<std::uint64_t>(*std::get_if<double>(&value_), 0, 64);
 }
 
 double Number::asDouble() const noexcept {
@@ -47,19 +48,26 @@ std::uint64_t Number::bits() const noexcept {
   return static_cast<std::uint64_t>(asInt64().value_or(0));
 }
 
+bool Number::isWhole() const noexcept {
+  const auto* real = std::get_if<double>(&value_);
+  return real == nullptr || *real == std::trunc(*real);
+}
+
 bool Number::equals(const Object& other) const noexcept {
   if (other.typeID() != kNumberType) return false;
   const auto& number = static_cast<const Number&>(other);
+  if (isWhole() != number.isWhole()) return false;
+  if (!isWhole()) return asDouble() == number.asDouble();
   if (const auto mine = asInt64()) return mine == number.asInt64();
   if (const auto mine = asUInt64()) return mine == number.asUInt64();
   return !number.asInt64() && !number.asUInt64() && asDouble() == number.asDouble();
 }
 
-constinit ConstantBoolean kTrue(true);
-constinit ConstantBoolean kFalse(false);
+constinit Constant<Boolean> kTrue(true);
+constinit Constant<Boolean> kFalse(false);
 
 const Boolean* Boolean::of(bool value) noexcept {
-  return value ? &kTrue.boolean : &kFalse.boolean;
+  return value ? &kTrue.object : &kFalse.object;
 }
 
 bool Data::equals(const Object& other) const noexcept {

@@ -1,4 +1,4 @@
-// The small property-list values: number, boolean, data, date. All immutable.
+// The small property-list values: number, boolean, data and date. All are immutable.
 #pragma once
 
 #include <cstdint>
@@ -20,12 +20,13 @@ class Number final : public Object {
   template <class T>
   explicit Number(T value) noexcept : value_(value) {}
 
-  // The value where it is represented exactly.
+  // Return the value without its fraction, or nothing for NaN and for a value that is out of range.
   std::optional<std::int64_t> asInt64() const noexcept;
   std::optional<std::uint64_t> asUInt64() const noexcept;
+  // Returns the nearest double.
   double asDouble() const noexcept;
-  // What an unsigned 64-bit read yields: two's complement for negative numbers, 0 for fractions and
-  // for what is out of range.
+  // Returns the value as 64 bits: negative numbers in two's complement, 0 if neither of the two
+  // conversions above has a result.
   std::uint64_t bits() const noexcept;
 
   using Value = std::variant<std::int64_t, std::uint64_t, double>;
@@ -35,10 +36,11 @@ class Number final : public Object {
   bool equals(const Object& other) const noexcept override;
 
  private:
+  bool isWhole() const noexcept;
   Value value_;
 };
 
-// One of two shared constants.
+// One of two shared constants, so booleans can be compared by identity.
 class Boolean final : public Object {
  public:
   static constexpr TypeID kType = kBooleanType;
@@ -51,14 +53,8 @@ class Boolean final : public Object {
   bool value_;
 };
 
-// The two, there before any code runs and never destroyed.
-union ConstantBoolean {
-  constexpr explicit ConstantBoolean(bool value) noexcept : boolean(value) {}
-  ~ConstantBoolean() {}
-  Boolean boolean;
-};
-extern ConstantBoolean kTrue;
-extern ConstantBoolean kFalse;
+extern Constant<Boolean> kTrue;
+extern Constant<Boolean> kFalse;
 
 class Data final : public Object {
  public:
@@ -79,6 +75,7 @@ class Date final : public Object {
   static constexpr TypeID kType = kDateType;
   // Nanoseconds since 1970-01-01 00:00:00 UTC.
   static Ref<Date> make(std::int64_t unixNanoseconds) { return ob::make<Date>(unixNanoseconds); }
+  // Returns the date of the system clock.
   static Ref<Date> now();
   explicit Date(std::int64_t unixNanoseconds) noexcept : unixNanoseconds_(unixNanoseconds) {}
   std::int64_t unixNanoseconds() const noexcept { return unixNanoseconds_; }

@@ -1,11 +1,10 @@
-// A reference that owns nothing and never dangles: where its target is gone it reads as none.
+// A reference that owns nothing and never dangles: it reads as none once its target is gone.
 //
-// The target holds a WeakAnchor<T> and hands out its cell; whoever keeps the cell asks it for the
-// target.
+// The target has a WeakAnchor<T> as a member. Another object keeps the anchor's cell and asks the
+// cell for the target. The cell lives as long as anything refers to it, even after the target.
 #pragma once
 
-#include <mutex>
-
+#include "runtime/mutex.hpp"
 #include "runtime/object.hpp"
 
 namespace ob {
@@ -15,21 +14,22 @@ class WeakCell final : public Object {
  public:
   explicit WeakCell(T* target) noexcept : target_(target) {}
 
-  // The target, retained; none where it is gone or going.
+  // Returns a new reference to the target, or none if the target is gone or being destroyed.
+  // Thread safety: any thread.
   Ref<T> load() const noexcept {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (target_ == nullptr || !target_->tryRetain()) return nullptr;
     return Ref<T>::adopt(target_);
   }
   void clear() noexcept {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     target_ = nullptr;
   }
   TypeID typeID() const noexcept override { return kWeakCellType; }
 
  private:
-  mutable std::mutex mutex_;
-  T* target_;
+  mutable Mutex mutex_;
+  T* target_ OB_GUARDED_BY(mutex_);
 };
 
 template <class T>

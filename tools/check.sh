@@ -1,11 +1,12 @@
 # shellcheck shell=bash
-# ./run check: what is asked of a change beyond its tests. A step is one row of `checks` and one function check_NAME,
-# which tells what was wrong and returns non-zero, or $skipped where it cannot be done here.
+# ./run check: what CI asks of a change beyond its tests. A step is one row of `checks` and one function check_NAME. The
+# function prints what is wrong and returns non-zero, or returns $skipped if this machine cannot run the step.
 
 skipped=77
 checks=(
   "format    every source is in the project's format"
-  "walls     no folder includes what it may not use"
+  "walls     no folder includes what it may not use, and no two files have the same name"
+  "ratio     there are at most 36 lines of tests for every 100 lines of code"
   "headers   each public header compiles alone as C11 and as C++20, with both compilers"
   "exports   the shared library shows the names of the public headers and no other"
   "manuals   the manual pages render without warnings and name all that the headers declare"
@@ -13,9 +14,10 @@ checks=(
   "shell     shellcheck finds nothing in the shell scripts"
   "scripts   the tests of the scripts themselves"
   "address   everything builds with clang, and all tests pass under the address, leak and undefined-behaviour sanitizers"
-  "thread    all tests pass under the thread sanitizer"
+  "thread    the tests of what has threads pass under the thread sanitizer"
   "fuzz      the fuzzing programs find nothing in a bounded count of runs"
   "tidy      clang-tidy finds nothing"
+  "documents the sessions that documents show are what the programs print"
   "valgrind  memcheck finds nothing in the commands of the demo"
 )
 
@@ -30,6 +32,11 @@ check_format() {
 
 check_walls() {
   tools/check-walls --self-test && tools/check-walls
+}
+
+# Fails only if this step is named, and otherwise just prints the ratio.
+check_ratio() {
+  tools/ratio || ((${#wanted[@]} > 1))
 }
 
 header_warnings=(-Wall -Wextra -Wpedantic -pedantic-errors -Werror -Wshadow -Wconversion -Wsign-conversion
@@ -64,7 +71,7 @@ manual_faults() {
   local -a pages
   mapfile -d '' -t pages < <(tracked 'docs/man/*.[1-9]')
   ((${#pages[@]})) || echo "no manual page found"
-  # Pages that others install are not asked for.
+  # The pages may refer to pages of other packages, which need not be installed.
   mandoc -T lint -W style "${pages[@]}" | grep -v 'referenced manual not found' || true
   for page in "${pages[@]}"; do
     LC_ALL=C.UTF-8 MANROFFSEQ='' MANWIDTH=80 man --warnings -E UTF-8 -l -Tutf8 -Z "$page" 2>&1 >/dev/null |
@@ -89,8 +96,8 @@ check_package() {
   logged bare in_bare_folder try_packages
 }
 
-# The sourced files are judged along with the scripts that source them. What runs in the guest of tests/kernel is for
-# busybox, whose shell shellcheck does not know.
+# Sourced files are checked along with the scripts that source them. The scripts of the guest in tests/kernel are for
+# the shell of busybox, which shellcheck does not know.
 check_shell() {
   local file first
   local -a scripts=()
@@ -106,7 +113,7 @@ check_scripts() {
   cram3 --shell=/bin/bash tools/tests/*.t
 }
 
-# build_and_test NAME OPTION...: a build of its own with all tests.
+# build_and_test NAME OPTION...: builds build/NAME with these options and runs all tests.
 build_and_test() {
   local name=$1
   configure_quietly "$name" -DTAVRENIX_TESTS=ON "${@:2}"
@@ -117,24 +124,25 @@ build_and_test() {
 }
 test_prefix=()
 
-clang=(-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++)
-
-# sanitized FLAGS SANITIZERS: the options of such a build.
+# sanitized LEVEL SANITIZERS: sets `options` to those of a build by clang at this optimisation level, with these
+# sanitizers.
 sanitized() {
   local flags="-g1 $1"
   options=(-DCMAKE_BUILD_TYPE=Debug "-DCMAKE_C_FLAGS_DEBUG=$flags" "-DCMAKE_CXX_FLAGS_DEBUG=$flags"
-    "-DTAVRENIX_SANITIZE=$2")
+    "-DTAVRENIX_SANITIZE=$2" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
+    "${together[@]}" -DCMAKE_UNITY_BUILD_BATCH_SIZE=0)
 }
 
-# clang_and_address LEVEL: as the tests want it without optimising, which halves the minutes that clang takes.
-clang_and_address() {
-  sanitized "$1" address,undefined
-  options+=("${clang[@]}")
+# Sets the options of one build for the tests, the fuzzing programs and clang-tidy, since a build takes minutes. With
+# optimisation it would take twice as long.
+address_build() {
+  sanitized -O0 address,undefined
+  options+=(-DTAVRENIX_FUZZ=ON)
 }
 
 check_address() {
   local -a options
-  clang_and_address -O0
+  address_build
   export ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1:strict_string_checks=1:check_initialization_order=1
   export UBSAN_OPTIONS=print_stacktrace=1
   build_and_test address "${options[@]}"
@@ -142,33 +150,45 @@ check_address() {
 
 check_thread() {
   export TSAN_OPTIONS=second_deadlock_stack=1
-  # The sanitizer's fixed memory layout does not survive a kernel that spreads addresses widely.
+  # The thread sanitizer needs a fixed memory layout. Kernels that spread addresses widely break it, so turn that off if
+  # possible.
   if setarch -R true 2>/dev/null; then
     test_prefix=(setarch -R)
   fi
-  # Instrumentation leads g++'s flow warnings to wrong guesses; the other builds judge the warnings (-w).
   local -a options
-  sanitized "-O1 -w" thread
+  sanitized -O0 thread
   build_and_test thread "${options[@]}"
 }
 
 check_fuzz() {
-  fuzz_configure_and_compile _quietly
-  fuzz_all
+  local -a options
+  address_build
+  configure_quietly address -DTAVRENIX_TESTS=ON "${options[@]}"
+  compile_quietly address --target fuzz-programs
+  fuzz_all build/address
 }
 
-# After that many states the analyzer lets go of a function. By its own bound a few files take most of the time.
-tidy_bound=(--extra-arg={-Xclang,-analyzer-config,-Xclang,max-nodes=30000})
+# clang-tidy checks the joined files of a folder, as they are compiled, because most of the time goes into the headers
+# that they share. max-nodes is the number of states after which the analyzer gives a function up. With its default a
+# few functions take most of the time.
+tidy_options=(-p build/address --quiet --checks=-bugprone-suspicious-include
+  --extra-arg={-Xclang,-analyzer-config,-Xclang,max-nodes=30000})
+
+tidy_joined() {
+  find build/address -name 'unity_*.cxx' ! -path 'build/address/tests/*' ! -path 'build/address/fuzz/*'
+}
 
 tidy_all() {
-  tracked {runtime,model,library,cli,lab,linux}/'*.cpp' |
-    xargs -0 -n 1 -P "$jobs" clang-tidy -p build/address --quiet "${tidy_bound[@]}" 2>&1 | sed '/ generated\.$/d'
+  local file
+  while IFS= read -r -d '' file; do
+    tidy_joined | xargs grep -qF "#include \"$root/$file\"" || { echo "no build names $file"; return 1; }
+  done < <(tracked {runtime,host,model,library,cli,monitor,lab,linux}/'*.cpp')
+  tidy_joined | xargs -n 1 -P "$jobs" clang-tidy "${tidy_options[@]}" 2>&1 | sed '/ generated\.$/d'
 }
 
-# One build for two questions, since a build takes minutes.
 check_tidy() {
   local -a options
-  clang_and_address -O0
+  address_build
   configure_quietly address -DTAVRENIX_TESTS=ON "${options[@]}"
   logged tidy tidy_all
 }
@@ -179,11 +199,18 @@ valgrind_demo() {
   local command
   for command in "${demo_commands[@]}"; do
     read -ra words <<<"$command"
-    # What is still reachable at the end is the host, which outlives the exit handlers that ask it on purpose.
+    # Memory that is still reachable at the end is the host. On purpose it is never destroyed, because exit handlers use
+    # it.
     valgrind --quiet --error-exitcode=99 --leak-check=full --show-leak-kinds=$lost --errors-for-leak-kinds=$lost \
       build/test/lab/tavrenix-lab "$folder/image.json" "${words[@]}" >"$folder/out" ||
       { echo "in: tavrenix-lab image.json $command"; return 1; }
   done
+}
+
+check_documents() {
+  configure_quietly test -DTAVRENIX_TESTS=ON
+  compile_quietly test
+  tools/check-documents build/test README.md
 }
 
 check_valgrind() {
@@ -192,7 +219,7 @@ check_valgrind() {
   in_demo_folder valgrind_demo
 }
 
-# Runs each named step, all of them when none is named, to the end even when one fails.
+# Runs the named steps, or all if none is named. Goes on after a step that fails.
 check_main() {
   local row name status wanted=("$@")
   local -a failed=()
@@ -210,7 +237,7 @@ check_main() {
     name=${row%% *}
     [[ " ${wanted[*]} " == *" $name "* ]] || continue
     step "$row"
-    # Not in a condition: that would switch off `set -e` inside.
+    # A call in a condition would switch off `set -e` inside the function.
     set +e
     (set -e; "check_$name")
     status=$?

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# ./run coverage: what the tests reach, as clang counts it in the sources themselves.
+# ./run coverage: counts the lines and branches that the tests reach, with the coverage counters of clang.
 
 coverage_flags="-O1 -g1 -fprofile-instr-generate -fcoverage-mapping"
 coverage_options=(-DTAVRENIX_TESTS=ON -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
@@ -11,7 +11,7 @@ coverage_at_signal() {
   clang -c -std=gnu11 -Wall -Wextra -Werror tools/coverage/at_signal.c -o build/coverage/at_signal.o
 }
 
-# The programs that the tests start count too: all processes of a program share a few files.
+# Programs that the tests start are counted, too. All processes of one program share a few files of counts (%4m).
 coverage_tests() {
   rm -rf build/coverage/profiles
   LLVM_PROFILE_FILE=$root/build/coverage/profiles/%4m.profraw logged coverage-test \

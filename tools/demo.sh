@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# A session with tavrenix-lab on a copy of a sample image. The same commands are run under valgrind by ./run check.
+# A session with tavrenix-lab on a copy of a sample image. ./run check runs the same commands under valgrind.
 
 demo_image=samples/small.json
 demo_lun=600A0B8000112233445566778899AABB
@@ -12,7 +12,7 @@ demo_commands=(
   "info --id $demo_lun"
 )
 
-# in_demo_folder COMMAND...: runs it with one more argument: a new folder that holds a copy of the image.
+# in_demo_folder COMMAND...: runs the command with one more argument, a new folder that holds a copy of the image.
 in_demo_folder() (
   folder=$(mktemp -d)
   trap 'rm -rf -- "$folder"' EXIT
@@ -30,7 +30,7 @@ demo_show() {
     build/demo/lab/tavrenix-lab "$folder/image.json" "${words[@]}" | tee "$folder/$i.out"
     i=$((i + 1))
   done
-  # The tool ends with status 0 even where it refuses, so that the last report is what shows success.
+  # The tool ends with status 0 even if it refuses a change, so the last report shows whether the changes succeeded.
   grep -q 'Least Queue Depth' "$folder/4.out" || fail "the change of the algorithm does not show in the last report"
   grep -q "Disabled  *$demo_path" "$folder/4.out" || fail "the change of the path does not show in the last report"
   printf '\nWhat the two changes did to the report:\n'

@@ -1,48 +1,48 @@
 # shellcheck shell=bash
-# ./run fuzz: the programs of fuzz/, all of them for a bounded count, or one for as long as one likes.
+# ./run fuzz: runs all programs of fuzz/ for a bounded number of inputs, or one of them until it is stopped.
 
-# Program and runs: together about a minute on two cores.
+# Each row is a program and its number of inputs. Together they take minutes on two cores, since the build is not
+# optimised.
 fuzz_programs=(
-  "properties          10000"
-  "image               20000"
-  "command_line        30000"
+  "session             10000"
+  "lab_image           20000"
+  "command_words       30000"
   "linux_machine       10000"
-  "device_mapper_answers 100000"
-  "device_mapper_lines 120000"
-  "daemon_replies      80000"
-  "uevents             120000"
-  "attributes          100000"
-  "vpd                 200000"
+  "texts               120000"
 )
 fuzz_options=(-timeout=60 -rss_limit_mb=2048)
+fuzz_build=build/fuzz # where the programs are
 
 fuzz_configure_and_compile() {
   local -a options
-  clang_and_address -O1
+  sanitized -O1 address,undefined
   options+=(-DTAVRENIX_FUZZ=ON)
-  "configure$1" fuzz "${options[@]}"
-  "compile$1" fuzz --target fuzz-programs
+  configure fuzz "${options[@]}"
+  compile fuzz --target fuzz-programs
 }
 
-# fuzz_program NAME ARGUMENT...: with libFuzzer's arguments.
+# fuzz_program NAME ARGUMENT...: runs a program with these arguments of libFuzzer.
 fuzz_program() {
-  local -a options=("${fuzz_options[@]}" "-artifact_prefix=build/fuzz/findings/$1-")
-  [[ -f fuzz/$1.dict ]] && options+=("-dict=fuzz/$1.dict")
+  local -a options=("${fuzz_options[@]}" -dict=fuzz/words.dict "-artifact_prefix=build/fuzz/findings/$1-")
   mkdir -p build/fuzz/findings
   export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:malloc_context_size=12 UBSAN_OPTIONS=print_stacktrace=1
-  "build/fuzz/fuzz/fuzz-$1" "${options[@]}" "${@:2}"
+  "$fuzz_build/fuzz/fuzz-$1" "${options[@]}" "${@:2}"
 }
 
-# fuzz_bounded NAME RUNS: the seeds first, then what a fixed random sequence makes of them: the same every time.
+# fuzz_bounded NAME RUNS: runs the seeds, and then inputs that a fixed random sequence makes of them. They are the same
+# every time.
 fuzz_bounded() {
   local corpus=build/fuzz/bounded/$1
+  local -a seeds=()
+  [[ -d fuzz/seeds/$1 ]] && seeds=("fuzz/seeds/$1")
   rm -rf -- "$corpus"
   mkdir -p "$corpus"
-  fuzz_program "$1" -seed=1 -entropic=0 -runs="$2" "$corpus" "fuzz/seeds/$1"
+  fuzz_program "$1" -seed=1 -entropic=0 -runs="$2" "$corpus" "${seeds[@]}"
 }
 
-# Each program for its count, as many at a time as there are processors.
+# fuzz_all BUILD: runs each program for its number of inputs, as many programs at a time as there are processors.
 fuzz_all() {
+  local fuzz_build=$1
   local row name runs failed=build/fuzz/failed
   rm -f "$failed"
   for row in "${fuzz_programs[@]}"; do
@@ -57,15 +57,17 @@ fuzz_all() {
   return 1
 }
 
-# fuzz_long NAME ARGUMENT...: what is found new is kept in build/fuzz/corpus/NAME. Files among the arguments are run
-# once each instead.
+# fuzz_long NAME ARGUMENT...: runs a program until it is stopped, and keeps inputs that reach new code in
+# build/fuzz/corpus/NAME. If there are files among the arguments, runs each of them once instead.
 fuzz_long() {
   local argument corpus=build/fuzz/corpus/$1
+  local -a seeds=()
+  [[ -d fuzz/seeds/$1 ]] && seeds=("fuzz/seeds/$1")
   for argument in "${@:2}"; do
     [[ -f $argument ]] && { fuzz_program "$@"; return; }
   done
   mkdir -p "$corpus"
-  fuzz_program "$@" "$corpus" "fuzz/seeds/$1"
+  fuzz_program "$@" "$corpus" "${seeds[@]}"
 }
 
 fuzz_known() {

@@ -2,13 +2,14 @@
 # The Debian packages that the verbs need, and their installation. Nothing else in the tree calls apt-get.
 
 declare -A packages
-packages[build]="g++ cmake ninja-build pkg-config nlohmann-json3-dev"
-packages[test]="${packages[build]} gcc libgtest-dev libgmock-dev python3 python3-cram zsh"
+packages[build]="g++ cmake ninja-build pkg-config nlohmann-json3-dev libmicrohttpd-dev libncurses-dev"
+packages[test]="${packages[build]} gcc libgtest-dev libgmock-dev python3 python3-cram python3-jsonschema prometheus zsh graphviz monitoring-plugins-basic libmonitoring-plugin-perl"
 packages[package]="${packages[build]} debhelper dpkg-dev fakeroot git lintian"
 packages[coverage]="${packages[test]} clang llvm libclang-rt-14-dev"
 packages[mutants]="${packages[test]} git python3-clang-14"
 packages[bench]="${packages[build]} libbenchmark-dev"
 packages[fuzz]="${packages[build]} clang libclang-rt-14-dev"
+packages[fleet]="${packages[build]} python3 prometheus prometheus-alertmanager"
 packages[kernel]="${packages[test]} qemu-system-x86 cpio"
 packages[format]="clang-format git"
 packages[check]="${packages[test]} ${packages[format]} ${packages[fuzz]} clang-tidy valgrind mandoc man-db groff shellcheck python3-clang-14 ${packages[package]} mmdebstrap"
@@ -17,7 +18,7 @@ package_installed() {
   dpkg-query -W -f='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed
 }
 
-# Prints those of its arguments that are not installed.
+# missing_packages NAME...: prints the packages that are not installed.
 missing_packages() {
   local package
   for package in "$@"; do
@@ -25,7 +26,7 @@ missing_packages() {
   done
 }
 
-# apt_get ARGUMENT...: apt-get as the superuser, never asking a question.
+# apt_get ARGUMENT...: runs apt-get as the superuser, so that it asks no question.
 apt_get() {
   local as_root=()
   ((EUID == 0)) || as_root=(sudo)
@@ -43,7 +44,7 @@ packages_by_hand() {
   exit 1
 }
 
-# install_packages LIST: the step that makes the packages of one list present; no call of apt-get when they are.
+# install_packages LIST: a step that installs the packages of the list. Does not call apt-get if all are installed.
 install_packages() {
   local -a list missing
   read -ra list <<<"${packages[$1]}"
@@ -63,7 +64,8 @@ install_packages() {
     echo "E: neither the superuser nor sudo" >"$logs/apt.log"
     packages_by_hand "${missing[@]}"
   fi
-  # A fresh image has no package lists, and old lists name files that are gone: both fail, and are cured by an update.
+  # A fresh system has no package lists, and old lists name files that are gone. Either makes the first attempt fail; an
+  # update mends both.
   apt_get install --no-install-recommends "${missing[@]}" ||
     { apt_get update && apt_get install --no-install-recommends "${missing[@]}"; } || true
   mapfile -t missing < <(missing_packages "${list[@]}")

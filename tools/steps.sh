@@ -1,11 +1,11 @@
 # shellcheck shell=bash
-# What a verb says while it works: numbered steps, and a log for what is worth reading only on failure.
+# What a verb prints while it works: numbered steps. Output that matters only after a failure goes to a log.
 
 step_count=0
 step_total=0
 logs=build/logs
 
-# steps N: the verb that starts now has N steps.
+# steps N: begins a verb of N steps.
 steps() {
   step_count=0
   step_total=$1
@@ -21,7 +21,8 @@ fail() {
   exit 1
 }
 
-# What becomes of a logged command's output besides the log: nothing, or how far a build is, by ninja's own counts.
+# Two functions for $progress, which reads the output of a logged command: one prints nothing, and one prints how far
+# ninja has got.
 no_progress() {
   cat >/dev/null
 }
@@ -33,8 +34,8 @@ build_progress() {
   }'
 }
 
-# logged NAME COMMAND...: runs it without standard input, its output in a log; a failure shows the log's end and exits.
-# The function named by $progress sees the output too.
+# logged NAME COMMAND...: runs the command without standard input and writes its output to a log. If it fails, prints
+# the end of the log and exits. The function named by $progress reads the output, too.
 logged() {
   local log=$logs/$1.log status=0
   mkdir -p "$logs"

@@ -1,11 +1,12 @@
-// A C++ callable as a block (see ob.h).
+// Makes a block (see ob.h) of a C++ callable, such as a lambda.
 //
 //   auto block = tavrenix::makeBlock<MPIONotificationBlock>(
 //       [&](ObStringRef kind, ObTypeRef handle, void *) { ... });
 //   MPIONotificationCreateWithDispatchQueue(&block, queue, &error);
 //
-// The block is an ordinary object: it must live as long as the registration that it is passed to.
-// What is called must not throw; where it does, the program ends.
+// Ownership: the library does not copy a block. It must live as long as its registration.
+// Errors: an exception that leaves the callable ends the program.
+// Thread safety: the library calls the callable on the thread of the dispatch queue.
 #ifndef TAVRENIX_BLOCK_HPP
 #define TAVRENIX_BLOCK_HPP
 
@@ -14,7 +15,8 @@
 
 namespace tavrenix {
 
-// CBlock: a structure whose member invoke is a function pointer that takes CBlock* first.
+// A block that calls a C++ callable.
+// REQUIRES: CBlock has a member `invoke`, a pointer to a function with CBlock* as first argument.
 template <class CBlock, class Callable, class Invoke = decltype(CBlock::invoke)>
 class Block;
 
@@ -33,6 +35,7 @@ class Block<CBlock, Callable, Result (*)(CBlock*, Arguments...)> : public CBlock
   Callable callable_;
 };
 
+// Returns a block that owns the callable, which is moved or copied into it.
 template <class CBlock, class Callable>
 Block<CBlock, std::decay_t<Callable>> makeBlock(Callable&& callable) {
   return Block<CBlock, std::decay_t<Callable>>(std::forward<Callable>(callable));

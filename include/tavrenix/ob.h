@@ -2,15 +2,14 @@
  * ob.h - the object runtime under libtavrenix: reference-counted, immutable objects for C.
  *
  * Conventions
- *  1. Every object is an opaque reference. ObTypeRef stands for any of them; each kind has a type
- *     of its own as well. NULL is no object.
- *  2. A function whose name contains Create or Copy returns a reference that the caller owns and
- *     gives back with ObRelease. A function whose name contains Get returns something borrowed: it
- *     lives as long as the object that it came from.
- *  3. Values are immutable. Any thread may read, retain and release any of them at any time.
- *  4. Nothing is thrown and nothing is printed. Failure is NULL, false or 0.
- *  5. Accessors take a reference of their own kind. What they do with another kind of object is to
- *     report absence: NULL, false or 0. NULL as an argument reports absence as well.
+ *  1. A client sees an object as an opaque reference. ObTypeRef stands for every kind, and each
+ *     kind has a type of its own as well. NULL stands for no object.
+ *  2. Ownership: a function with Create or Copy in its name returns a reference that the caller
+ *     owns and releases with ObRelease. A function with Get in its name returns a borrowed
+ *     reference, which is valid as long as the object that it was read from.
+ *  3. Thread safety: values are immutable. Any thread may read, retain and release them.
+ *  4. Errors: no function throws or prints. A failed function returns NULL, false or 0.
+ *  5. An accessor that gets NULL, or an object of another kind, returns NULL, false or 0.
  */
 #ifndef TAVRENIX_OB_H
 #define TAVRENIX_OB_H
@@ -31,7 +30,7 @@ extern "C" {
 
 /* Any object. */
 typedef const void* ObTypeRef;
-/* Tells the kinds of objects apart. 0 is the kind of no object. */
+/* The kind of an object. 0 is no kind. */
 typedef uintptr_t ObTypeID;
 
 typedef const struct ObString* ObStringRef;
@@ -46,38 +45,40 @@ typedef struct ObPool* ObPoolRef;
 
 /* ---- Every object ---- */
 
-/* Takes one more reference and returns object. */
+/* Takes one more reference and returns the object. */
 OB_EXPORT ObTypeRef ObRetain(ObTypeRef object);
-/* Gives one reference back; the last one frees the object. NULL is ignored. */
+/* Releases one reference. Releasing the last one frees the object. Ignores NULL. */
 OB_EXPORT void ObRelease(ObTypeRef object);
-/* The kind of object, 0 for NULL. */
+/* Returns the kind of the object, or 0 for NULL. */
 OB_EXPORT ObTypeID ObGetTypeID(ObTypeRef object);
-/* Same kind and same value. Handles are equal only to themselves; two NULLs are equal. */
+/* Returns true for two objects of the same kind and value, and for two NULLs. A handle is equal
+ * only to itself. */
 OB_EXPORT bool ObEqual(ObTypeRef a, ObTypeRef b);
 
 /* ---- Strings: UTF-8 text, zero bytes inside allowed ---- */
 
 OB_EXPORT ObTypeID ObStringGetTypeID(void);
-/* A string of the zero-terminated text. NULL where it is not UTF-8. */
+/* Returns a string that holds a copy of the text. Errors: NULL if it is not UTF-8. */
 OB_EXPORT ObStringRef ObStringCreateWithUTF8(const char* text);
-/* The text, with a zero byte behind it. */
+/* Returns the text, borrowed from the string and followed by a zero byte. */
 OB_EXPORT const char* ObStringGetUTF8(ObStringRef string);
-/* Bytes of the text, without the zero byte behind it. */
+/* Returns the length of the text in bytes, without the zero byte that follows it. */
 OB_EXPORT size_t ObStringGetLength(ObStringRef string);
-/* Literal comparison, byte by byte: negative, 0 or positive. NULL comes before every string. */
+/* Compares byte by byte. Returns a negative number, 0 or a positive number if a is less than, equal
+ * to or greater than b. NULL is less than every string. */
 OB_EXPORT int ObStringCompare(ObStringRef a, ObStringRef b);
 
 /* ---- Numbers: 64-bit signed, 64-bit unsigned or double ---- */
 
 OB_EXPORT ObTypeID ObNumberGetTypeID(void);
-/* Each of the two stores the value and returns true where it is represented exactly; otherwise
- * false, and *value is left alone. */
+/* Stores the value without its fraction and returns true. Returns false, and leaves *value alone,
+ * for NaN and for a value that is out of range. */
 OB_EXPORT bool ObNumberGetInt64(ObNumberRef number, int64_t* value);
 OB_EXPORT bool ObNumberGetUInt64(ObNumberRef number, uint64_t* value);
-/* The nearest double. False, and *value left alone, only where number is none. */
+/* Stores the nearest double and returns true. Fails only for an object that is no number. */
 OB_EXPORT bool ObNumberGetDouble(ObNumberRef number, double* value);
 
-/* ---- Booleans: two shared objects, so they can be compared by identity ---- */
+/* ---- Booleans: two constant objects, which can be compared by identity ---- */
 
 OB_EXPORT extern const ObBooleanRef kObBooleanTrue;
 OB_EXPORT extern const ObBooleanRef kObBooleanFalse;
@@ -87,31 +88,33 @@ OB_EXPORT bool ObBooleanGetValue(ObBooleanRef boolean);
 /* ---- Data: a string of bytes ---- */
 
 OB_EXPORT ObTypeID ObDataGetTypeID(void);
+/* Returns the bytes, borrowed from the data. */
 OB_EXPORT const uint8_t* ObDataGetBytes(ObDataRef data);
+/* Returns the number of bytes. */
 OB_EXPORT size_t ObDataGetLength(ObDataRef data);
 
 /* ---- Dates ---- */
 
 OB_EXPORT ObTypeID ObDateGetTypeID(void);
-/* Nanoseconds since 1970-01-01 00:00:00 UTC, leap seconds not counted. */
+/* Returns nanoseconds since 1970-01-01 00:00:00 UTC, leap seconds not counted. */
 OB_EXPORT int64_t ObDateGetUnixNanoseconds(ObDateRef date);
 
 /* ---- Arrays ---- */
 
 OB_EXPORT ObTypeID ObArrayGetTypeID(void);
 OB_EXPORT size_t ObArrayGetCount(ObArrayRef array);
-/* The element, borrowed from the array. NULL where index is not below the count. */
+/* Returns the element, borrowed from the array. NULL if the index is not below the count. */
 OB_EXPORT ObTypeRef ObArrayGetValueAtIndex(ObArrayRef array, size_t index);
 typedef void (*ObArrayApplier)(ObTypeRef value, void* context);
-/* Calls apply for each element in order. */
+/* Calls apply for each element in order, on the calling thread. */
 OB_EXPORT void ObArrayApplyFunction(ObArrayRef array, ObArrayApplier apply, void* context);
 
 /* ---- Dictionaries: from strings to objects ---- */
 
 OB_EXPORT ObTypeID ObDictionaryGetTypeID(void);
 OB_EXPORT size_t ObDictionaryGetCount(ObDictionaryRef dictionary);
-/* The value under key (compared as text), borrowed from the dictionary. NULL where there is none.
- */
+/* Returns the value under the key, borrowed from the dictionary, or NULL if there is none. Keys are
+ * compared as text. */
 OB_EXPORT ObTypeRef ObDictionaryGetValue(ObDictionaryRef dictionary, ObStringRef key);
 typedef void (*ObDictionaryApplier)(ObStringRef key, ObTypeRef value, void* context);
 /* Calls apply for each pair, in the order in which the dictionary was filled. */
@@ -121,99 +124,102 @@ OB_EXPORT void ObDictionaryApplyFunction(ObDictionaryRef dictionary, ObDictionar
 /* ---- Errors ---- */
 
 OB_EXPORT ObTypeID ObErrorGetTypeID(void);
-/* The message itself stands in the domain. */
+/* Returns the message, which this system keeps in the domain of an error. */
 OB_EXPORT ObStringRef ObErrorGetDomain(ObErrorRef error);
-/* One of the kMPIOError codes of mpio.h. */
+/* Returns one of the kMPIOError codes of mpio.h. */
 OB_EXPORT int64_t ObErrorGetCode(ObErrorRef error);
-/* Further facts, such as the platform's result code. NULL where there are none. */
+/* Returns further facts, such as the platform's result code, or NULL if there are none. */
 OB_EXPORT ObDictionaryRef ObErrorGetUserInfo(ObErrorRef error);
-/* One line for a person: the message and the numbers. Owned by the caller. */
+/* Returns one line for a person: the message, the code and the result code. Errors: NULL if memory
+ * ran out. */
 OB_EXPORT ObStringRef ObErrorCopyDescription(ObErrorRef error);
 
 /* ---- Pools ---- */
 
 /*
- * A pool holds the temporary objects that calls on this thread make until it is drained. Library
- * calls bring their own. A client needs one only around a call that says that its result lives in
- * the caller's pool; without one such a result lives until the thread ends. A pool belongs to the
- * thread that made it. NULL where memory ran out.
+ * A pool holds the temporary objects that calls on its thread make, until it is drained. A client
+ * needs one only around a call whose result lives in the caller's pool. Without a pool such a
+ * result lives until the thread ends.
+ * Thread safety: a pool is drained on the thread that made it. Errors: NULL if memory ran out.
  */
 OB_EXPORT ObPoolRef ObPoolCreate(void);
-/* Frees the pool and what it holds. NULL is ignored. */
+/* Frees the pool and releases its objects. Ignores NULL. */
 OB_EXPORT void ObPoolDrain(ObPoolRef pool);
 
 /* ---- Blocks ---- */
 
 /*
- * A block is a structure of the client's own whose first member is a pointer to its invoke
- * function; the function is called with the block itself as first argument. A function that takes a
- * block declares the structure for it, and stores the pointer as given: it neither copies nor frees
- * the block. block.hpp makes one of a C++ lambda.
+ * A block is a structure of the client. Its first member points to its invoke function, which the
+ * library calls with the block as first argument. The header of a function that takes a block
+ * declares the structure to begin with. block.hpp makes a block of a C++ lambda.
+ * Ownership: the library keeps the pointer and neither copies nor frees the block.
  */
 
-/* ---- Dispatch queues: tasks run one after the other, on a thread of the queue's own ---- */
+/* ---- Dispatch queues: a thread of its own runs the tasks of a queue one after the other ---- */
 
 typedef struct ObDispatchQueue* ObDispatchQueueRef;
 typedef void (*ObDispatchFunction)(void* context);
 
 OB_EXPORT ObTypeID ObDispatchQueueGetTypeID(void);
-/* A queue, owned by the caller. label (may be NULL) names its thread to debuggers. NULL where no
- * thread can be started. Releasing the last reference does not wait, and a task may do it: what is
- * queued still runs, then the thread ends. The thread takes no signals. */
+/* Returns a new queue. The label, which may be NULL, names its thread to debuggers. The thread
+ * takes no signals. Errors: NULL if no thread can be started. Ownership: a task may release the
+ * last reference. The release does not wait: the queued tasks still run, and then the thread ends.
+ */
 OB_EXPORT ObDispatchQueueRef ObDispatchQueueCreate(const char* label);
-/* Queues function(context), from any thread. Each task has a pool around it. False, and nothing is
- * queued, where memory ran out or queue is none. */
+/* Queues the task function(context). Each task runs inside a pool of its own.
+ * Thread safety: any thread. Errors: false, with nothing queued, if memory ran out. */
 OB_EXPORT bool ObDispatchAsync(ObDispatchQueueRef queue, ObDispatchFunction function,
                                void* context);
-/* Waits until everything queued before the call has run. False, at once, in a task of the queue
- * itself, where that would never be. */
+/* Waits until every task that was queued before the call has run. Returns false at once in a task
+ * of the queue, which would wait for itself. */
 OB_EXPORT bool ObDispatchQueueDrain(ObDispatchQueueRef queue);
 
-/* ---- Run loops: a thread waits, and sources that have been signalled are performed on it ---- */
+/* ---- Run loops: a thread waits in its loop, which performs its signalled sources ---- */
 
 typedef struct ObRunLoop* ObRunLoopRef;
 typedef struct ObRunLoopSource* ObRunLoopSourceRef;
 
-/* What a source calls. Every function may be NULL. None is called with a lock held, so each may
- * call anything. */
+/* The functions that a source calls. Each may be NULL, and may call every function of the library:
+ * no lock is held around it. */
 typedef struct ObRunLoopSourceContext {
-  void* info;                  /* the argument of all of them */
-  void (*retain)(void* info);  /* once, when the source is created */
-  void (*release)(void* info); /* once, when the source is freed, on whatever thread that is */
-  /* The source was added to, or taken out of, a loop and mode: on the thread that does it, within
-   * the call. */
+  void* info;                  /* the argument of every function */
+  void (*retain)(void* info);  /* called once, when the source is made */
+  void (*release)(void* info); /* called once, by the thread that frees the source */
+  /* Called when the source is added to, or removed from, a mode of a loop, on the thread and
+   * within the call that adds or removes it. */
   void (*schedule)(void* info, ObRunLoopRef loop, ObStringRef mode);
   void (*cancel)(void* info, ObRunLoopRef loop, ObStringRef mode);
-  /* The source was signalled: on the thread of a loop that it is in. */
+  /* Called after a signal, on the thread of a loop that the source is in. */
   void (*perform)(void* info);
 } ObRunLoopSourceContext;
 
-/* The mode for clients that need no other. */
+/* The mode of clients that need only one. */
 OB_EXPORT extern const ObStringRef kObRunLoopDefaultMode;
 
 OB_EXPORT ObTypeID ObRunLoopGetTypeID(void);
 OB_EXPORT ObTypeID ObRunLoopSourceGetTypeID(void);
 
-/* The loop of this thread, made when first asked for. It lives as long as the thread, and longer
- * where it is retained; its sources are removed when the thread ends. NULL where it cannot be made.
- */
+/* Returns the loop of this thread. The first call makes it. The end of the thread removes its
+ * sources and releases it. Errors: NULL if it cannot be made. */
 OB_EXPORT ObRunLoopRef ObRunLoopGetCurrent(void);
 
-/* A source, owned by the caller. *context is copied. NULL where memory ran out. */
+/* Returns a new source, which copies *context. Errors: NULL if memory ran out. */
 OB_EXPORT ObRunLoopSourceRef ObRunLoopSourceCreate(const ObRunLoopSourceContext* context);
-/* Has the source performed once by one of the loops that it is in, or will be in, and wakes them.
- * Any thread, as retain and release. Signals that come before it is performed count as one. */
+/* Makes one of the loops that the source is in, or will be in, perform it once, and wakes these
+ * loops. Several signals before the source is performed count as one. Thread safety: any thread. */
 OB_EXPORT void ObRunLoopSourceSignal(ObRunLoopSourceRef source);
-/* Takes the source out of every loop and mode. It can never be added again. */
+/* Removes the source from every loop and mode. It can never be added again. */
 OB_EXPORT void ObRunLoopSourceInvalidate(ObRunLoopSourceRef source);
 OB_EXPORT bool ObRunLoopSourceIsValid(ObRunLoopSourceRef source);
 
-/* Adds and removes may be made on any thread; for one and the same source they, and its
- * invalidation, are to be serialised. The loop holds the source while it is in it. */
-/* True where the source is in the mode afterwards; a second time changes nothing. False for an
- * invalid source, a loop whose thread has ended, or where memory ran out. */
+/* Thread safety: any thread may add and remove. The client serialises the calls that add, remove
+ * and invalidate one source. Ownership: a loop retains the sources that are in it. */
+
+/* Adds the source to the mode. Returns true if it is in the mode afterwards, also if it was there
+ * before. Errors: false for an invalid source, for a loop whose thread has ended, and if memory ran
+ * out. */
 OB_EXPORT bool ObRunLoopAddSource(ObRunLoopRef loop, ObRunLoopSourceRef source, ObStringRef mode);
-/* False where the source was not in the mode. */
+/* Removes the source from the mode. Returns false if it was not there. */
 OB_EXPORT bool ObRunLoopRemoveSource(ObRunLoopRef loop, ObRunLoopSourceRef source,
                                      ObStringRef mode);
 OB_EXPORT bool ObRunLoopContainsSource(ObRunLoopRef loop, ObRunLoopSourceRef source,
@@ -221,26 +227,26 @@ OB_EXPORT bool ObRunLoopContainsSource(ObRunLoopRef loop, ObRunLoopSourceRef sou
 
 typedef enum ObRunLoopResult {
   kObRunLoopFinished = 1, /* no source is in the mode */
-  kObRunLoopStopped = 2,
-  kObRunLoopTimedOut = 3
+  kObRunLoopStopped = 2,  /* ObRunLoopStop was called */
+  kObRunLoopTimedOut = 3  /* the seconds have passed */
 } ObRunLoopResult;
 
-/* Performs the default mode's sources on this thread until the loop is stopped or has none. */
+/* Performs the sources of the default mode on this thread until the loop is stopped or has none. */
 OB_EXPORT void ObRunLoopRun(void);
-/* The same for a mode and for so many seconds (0 or less: what is due, without waiting). It may be
- * called within a callback; a stop ends the innermost. */
+/* Does the same for one mode and for that many seconds. With 0 seconds or less, performs the
+ * sources that are due and does not wait. A callback may call it; a stop ends the innermost run. */
 OB_EXPORT ObRunLoopResult ObRunLoopRunInMode(ObStringRef mode, double seconds);
-/* Ends the run that is on, or the next one where none is. Any thread. */
+/* Ends the current run, or the next one if there is none. Thread safety: any thread. */
 OB_EXPORT void ObRunLoopStop(ObRunLoopRef loop);
-/* Makes a waiting loop look again. Any thread. */
+/* Makes a waiting loop look for due sources again. Thread safety: any thread. */
 OB_EXPORT void ObRunLoopWakeUp(ObRunLoopRef loop);
 
-/* For clients with an event loop of their own: wait until the descriptor (for poll, epoll, GLib;
- * never read, written or closed by the client) is readable, then call ObRunLoopPerformDue on the
- * loop's own thread for each mode that sources were added in. It is -1 for no loop. */
+/* Returns a descriptor for clients with an event loop of their own, such as poll, epoll or GLib: if
+ * it is readable, call ObRunLoopPerformDue on the loop's thread for each mode that has sources. The
+ * client never reads, writes or closes the descriptor. Returns -1 for no loop. */
 OB_EXPORT int ObRunLoopGetDescriptor(ObRunLoopRef loop);
-/* Performs what is due in the mode of this thread's loop, without waiting. False where nothing was.
- */
+/* Performs the sources of the mode that are due on this thread's loop and does not wait. Returns
+ * false if none was due. */
 OB_EXPORT bool ObRunLoopPerformDue(ObStringRef mode);
 
 #ifdef __cplusplus

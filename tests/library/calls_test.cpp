@@ -1,26 +1,24 @@
-// The public functions: which arguments they test in which order, what they hand out, what a client
-// owns.
+// The public functions: which arguments they check, and in which order; what they return; and that
+// a failure inside them leaves nothing behind.
 #include <gmock/gmock.h>
 
-#include "tests/library/owned.hpp"
-#include "tests/support/library_host.hpp"
+#include "tests/library/client.hpp"
+#include "tests/library/failing_new.hpp"
 
 namespace tavrenix::test {
 namespace {
 
-// A handle for functions of either kind, whatever it is.
+// An object of any kind, passed where a unit or a path is expected.
 struct AnyHandle {
   const void* handle;
   operator MPIOLogicalUnitRef() const { return static_cast<MPIOLogicalUnitRef>(handle); }
   operator MPIOLogicalUnitPathRef() const { return static_cast<MPIOLogicalUnitPathRef>(handle); }
 };
 
-struct Query {
+const struct {
   std::function<ObTypeRef(AnyHandle)> call;
-  bool ofPath;
-  bool testsPresence;
-};
-const Query kQueries[] = {
+  bool ofPath, testsPresence;
+} kQueries[] = {
     {MPIOLogicalUnitCopyProperties, false, true},
     {MPIOLogicalUnitCopyPaths, false, false},
     {MPIOLogicalUnitCopyStatistics, false, true},
@@ -29,241 +27,179 @@ const Query kQueries[] = {
     {MPIOLogicalUnitPathCopyStatistics, true, true},
 };
 
-Value algorithm(const char* name, std::int64_t count) {
-  return dictionary({{"Algorithm", text(name)}, {"Batch Count", number(count)}});
+bool setAlgorithm(AnyHandle unit, ObErrorRef* error) {
+  const Owned<ObStringRef> equal(ObStringCreateWithUTF8("Logical Unit Algorithm Least Bytes"));
+  return MPIOLogicalUnitSetAlgorithm(unit, equal.get(), error);
 }
-Value stateOfFirst(std::int64_t state) {
-  return dictionary({{"PathState", dictionary({{"0000", number(state)}})}});
+bool setBatchCount(AnyHandle unit, ObErrorRef* error) {
+  return MPIOLogicalUnitSetBatchCount(unit, 7, error);
 }
-Value stateOfAll(std::int64_t state) {
-  const auto all =
-      dictionary({{"0000", number(state)}, {"0001", number(state)}, {"0002", number(state)}});
-  return dictionary({{"PathState", all}});
+Value algorithm(const char* name) {
+  return dictionary({{"Algorithm", text(name)}, {"Batch Count", number(7)}});
 }
-
-// What a change asks for, and what it tells where it fails; null: without a word.
-struct Change {
+Value states(std::initializer_list<std::pair<std::string_view, Value>> ofPaths) {
+  return dictionary({{"PathState", dictionary(ofPaths)}});
+}
+const struct {
   std::function<bool(AnyHandle, ObErrorRef*)> call;
   bool ofPath;
   Value request;
-  const char* otherKind;  // of the handle
-  const char* absent;     // the manager knows the handle no more
-  const char* vanished;   // the manager knows it, the registry has no such entry
-  const char* refused;    // by the driver
-  const char* nameless;   // no path has an identifier
+} kChanges[] = {
+    {setBatchCount, false, algorithm("Modified Round Robin")},
+    {setAlgorithm, false, algorithm("Least Bytes")},
+    {MPIOLogicalUnitPathEnable, true, states({{"0000", number(0)}})},
+    {MPIOLogicalUnitPathDisable, true, states({{"0000", number(3)}})},
+    {MPIOLogicalUnitEnableAllPaths, false, states({{"0000", number(0)}, {"0001", number(0)}})},
+    {MPIOLogicalUnitDisableAllPaths, false, states({{"0000", number(3)}, {"0001", number(3)}})},
 };
-constexpr const char* kNotAUnit = "Bad logical unit object reference";
-constexpr const char* kNotAPath = "Bad path object reference";
-constexpr const char* kNotLocated = "Unable to locate needed service in KsRegistry";
-constexpr const char* kNotSet = "Unable to set property";
-constexpr const char* kNotEnabled = "Attempt to enable LUN with paths lacking IDs";
-constexpr const char* kNotDisabled = "Attempt to disable LUN with paths lacking IDs";
-const Change kChanges[] = {
-    {[](AnyHandle handle, ObErrorRef* error) {
-       return MPIOLogicalUnitSetAlgorithm(handle, kMPIOLogicalUnitAlgorithmLeastBytes, error);
-     },
-     false, algorithm("Least Bytes", 16), kNotAUnit, nullptr,
-     "KsServiceGetMatchingService failed to find entry matching specified entry ID",
-     "KsRegistryEntrySetObProperty failed", nullptr},
-    {[](AnyHandle handle, ObErrorRef* error) {
-       return MPIOLogicalUnitSetBatchCount(handle, 7, error);
-     },
-     false, algorithm("Least Bytes", 7), kNotAUnit, nullptr, nullptr, nullptr, nullptr},
-    {MPIOLogicalUnitPathEnable, true, stateOfFirst(0), kNotAPath, nullptr, kNotLocated, kNotSet,
-     kNotEnabled},
-    {MPIOLogicalUnitPathDisable, true, stateOfFirst(3), kNotAPath, kNotLocated, kNotLocated,
-     kNotSet, kNotDisabled},
-    {MPIOLogicalUnitEnableAllPaths, false, stateOfAll(0), kNotAUnit, nullptr, kNotLocated, kNotSet,
-     kNotEnabled},
-    {MPIOLogicalUnitDisableAllPaths, false, stateOfAll(3), nullptr, nullptr, kNotLocated, kNotSet,
-     kNotDisabled},
-};
+
+constexpr char kNone[] = "<none>";
+constexpr char kNotAUnit[] = "Bad logical unit object reference (error 0x08000001)";
+constexpr char kNotAPath[] = "Bad path object reference (error 0x08000001)";
+constexpr char kNoEntry[] =
+    "KsServiceGetMatchingService failed to find entry matching specified entry ID (error "
+    "0x08000002)";
+constexpr char kNotWritten[] = "KsRegistryEntrySetObProperty failed (error 0x08000003, result -16)";
+constexpr char kNoService[] = "Unable to locate needed service in KsRegistry (error 0x08000002)";
+constexpr char kNotSet[] = "Unable to set property (error 0x08000003, result -16)";
+constexpr char kNotEnabled[] = "Attempt to enable LUN with paths lacking IDs (error 0x08000004)";
+constexpr char kNotDisabled[] = "Attempt to disable LUN with paths lacking IDs (error 0x08000004)";
 
 class Calls : public testing::Test {
  protected:
   Calls() {
-    addStorage(host->memory, {});
-    host->memory.registry().setWriteHandler(
-        [this](EntryID, const ob::String&, const ob::Object& value) {
-          lastWrite = Value::retain(&value);
-          return ++writes, status;
-        });
-    takeHandles();
+    storage.registry().setWriteHandler([this](EntryID, const ob::String&, const ob::Object& value) {
+      written = Value::retain(&value);
+      return status;
+    });
+    fill();
   }
-  ~Calls() override { EXPECT_EQ(host->memory.registry().openHandles(), 0u); }
-
-  void takeHandles() {
+  ~Calls() override { EXPECT_EQ(storage.registry().openHandles(), 0u); }
+  void fill() {
+    addStorage(storage, {.paths = 2});
     handles.emplace();
-    unit = handles->unit();
     paths = handles->paths();
-    path = at<MPIOLogicalUnitPathRef>(paths, 0);
   }
-  void loseAll() {
-    for (const EntryID id : {unitID(0), unitID(1)}) host->memory.registry().removeEntry(id);
-    touch(host->memory);
+  void removeUnits() {
+    for (const EntryID id : {unitID(0), unitID(1)}) storage.registry().removeEntry(id);
+    touch(storage);
     const Handles rescan;
   }
-  AnyHandle handle(bool ofPath) const { return ofPath ? AnyHandle{path} : AnyHandle{unit}; }
-  static void expectFailure(const Change& change, AnyHandle handle, const char* message,
-                            const std::string& codes) {
-    Owned<ObErrorRef> error;
-    EXPECT_FALSE(change.call(handle, error.out()));
-    EXPECT_FALSE(change.call(handle, nullptr));
-    const Owned<ObStringRef> told(ObErrorCopyDescription(error.get()));
-    EXPECT_EQ(utf8(told.get()), message == nullptr ? "<none>" : message + codes);
+  AnyHandle handle(bool ofPath) {
+    return {ofPath ? ObArrayGetValueAtIndex(paths.get(), 0) : handles->unit()};
+  }
+  // Makes the changes of kChanges and expects these errors. Skips a change if its error is null.
+  void expectErrors(const std::array<const char*, 6>& errors, bool ofOtherKind = false) {
+    for (std::size_t i = 0; i < errors.size(); ++i) {
+      if (errors[i] == nullptr) continue;
+      const AnyHandle given = handle(kChanges[i].ofPath != ofOtherKind);
+      Owned<ObErrorRef> error;
+      EXPECT_FALSE(kChanges[i].call(given, error.out()) || kChanges[i].call(given, nullptr));
+      const Owned<ObStringRef> description(ObErrorCopyDescription(error.get()));
+      EXPECT_EQ(utf8(description.get()), errors[i]) << i;
+    }
   }
 
   LibraryHost host;
+  memory::MemoryHost& storage = host->memory;
   std::optional<Handles> handles;
-  MPIOLogicalUnitRef unit = nullptr;
   Owned<ObArrayRef> paths;
-  MPIOLogicalUnitPathRef path = nullptr;
   KernelStatus status = kSuccess;
-  int writes = 0;
-  Value lastWrite;
+  Value written;
 };
 
-TEST_F(Calls, HandlesAreOfTwoKinds) {
-  EXPECT_EQ(ObGetTypeID(unit), MPIOLogicalUnitGetTypeID());
-  EXPECT_EQ(ObGetTypeID(path), MPIOLogicalUnitPathGetTypeID());
-  EXPECT_NE(MPIOLogicalUnitGetTypeID(), MPIOLogicalUnitPathGetTypeID());
-  EXPECT_FALSE(ObEqual(unit, handles->unit(1)));
-}
-
-TEST_F(Calls, AQueryAnswersForAHandleOfItsKindAndOnlySomeTestWhetherItIsPresent) {
-  for (const Query& each : kQueries) {
-    SCOPED_TRACE(&each - kQueries);
-    EXPECT_TRUE(Owned<ObTypeRef>(each.call(handle(each.ofPath))));
-    for (const void* none : {static_cast<const void*>(nullptr), handle(!each.ofPath).handle,
-                             static_cast<const void*>(kMPIOLogicalUnitAliasKey)}) {
-      EXPECT_EQ(each.call({none}), nullptr);
+TEST_F(Calls, QueriesRefuseOtherHandlesAndSomeTestPresence) {
+  for (const bool present : {true, false}) {
+    if (!present) removeUnits();
+    for (const auto& each : kQueries) {
+      const Owned<ObTypeRef> answer(each.call(handle(each.ofPath)));
+      EXPECT_EQ(static_cast<bool>(answer), present || !each.testsPresence) << &each - kQueries;
+      EXPECT_FALSE(each.call({nullptr}) || each.call(handle(!each.ofPath)));
+      EXPECT_FALSE(each.call({kMPIOLogicalUnitAliasKey}));
     }
   }
-  loseAll();
-  for (const Query& each : kQueries) {
-    SCOPED_TRACE(&each - kQueries);
-    const Owned<ObTypeRef> answer(each.call(handle(each.ofPath)));
-    EXPECT_EQ(static_cast<bool>(answer), !each.testsPresence);
-  }
 }
 
-TEST_F(Calls, EachChangeAsksForWhatItsNameSays) {
-  for (const Change& each : kChanges) {
-    SCOPED_TRACE(&each - kChanges);
+TEST_F(Calls, ChangesWriteOneRequestOrTellWhyNot) {
+  for (const auto& each : kChanges) {
     EXPECT_TRUE(each.call(handle(each.ofPath), nullptr));
-    EXPECT_TRUE(lastWrite->equals(*each.request));
+    EXPECT_TRUE(written->equals(*each.request)) << &each - kChanges;
+    EXPECT_FALSE(each.call({nullptr}, nullptr));
   }
-}
-
-TEST_F(Calls, AChangeTestsItsHandleBeforeAllElse) {
-  for (const Change& each : kChanges) {
-    SCOPED_TRACE(&each - kChanges);
-    expectFailure(each, {nullptr}, nullptr, "");
-    expectFailure(each, handle(!each.ofPath), each.otherKind, " (error 0x08000001)");
-  }
-  EXPECT_FALSE(MPIOLogicalUnitSetBatchCount(nullptr, 0, nullptr));
-  loseAll();
-  for (const Change& each : kChanges) {
-    SCOPED_TRACE(&each - kChanges);
-    expectFailure(each, handle(each.ofPath), each.absent, " (error 0x08000002)");
-  }
+  const Owned<ObStringRef> lower(ObStringCreateWithUTF8("logical unit algorithm least bytes"));
   Owned<ObErrorRef> error;
-  EXPECT_FALSE(MPIOLogicalUnitSetBatchCount(unit, 0, error.out()));
-  EXPECT_FALSE(error);
-  EXPECT_EQ(writes, 0);
-}
-
-TEST_F(Calls, AChangeTellsWhyTheRequestWasNotTaken) {
-  status = -16;
-  for (const Change& each : kChanges) {
-    SCOPED_TRACE(&each - kChanges);
-    expectFailure(each, handle(each.ofPath), each.refused, " (error 0x08000003, result -16)");
-  }
-  host->memory.registry().removeEntry(unitID(0));
-  for (const Change& each : kChanges) {
-    SCOPED_TRACE(&each - kChanges);
-    expectFailure(each, handle(each.ofPath), each.vanished, " (error 0x08000002)");
-  }
-}
-
-TEST_F(Calls, AChangeOfPathsNeedsAnIdentifier) {
-  for (std::uint64_t i = 0; i < 3; ++i) {
-    setProperty(host->memory, pathID(0, i), "Logical Unit Path Identifier", nullptr);
-  }
-  touch(host->memory);
-  takeHandles();
-  for (const Change& each : kChanges) {
-    if (each.nameless == nullptr) continue;
-    expectFailure(each, handle(each.ofPath), each.nameless, " (error 0x08000004)");
-  }
-  EXPECT_EQ(writes, 0);
-}
-
-TEST_F(Calls, AnAlgorithmIsChosenByItsExactValue) {
-  const Owned<ObStringRef> lower(ObStringCreateWithUTF8("logical unit algorithm round robin"));
-  const Owned<ObStringRef> copy(ObStringCreateWithUTF8("Logical Unit Algorithm Round Robin"));
-  Owned<ObErrorRef> error;
-  EXPECT_FALSE(MPIOLogicalUnitSetAlgorithm(unit, lower.get(), error.out()));
-  EXPECT_FALSE(MPIOLogicalUnitSetAlgorithm(unit, nullptr, error.out()));
-  EXPECT_FALSE(error);
-  EXPECT_EQ(writes, 0);
-  EXPECT_TRUE(MPIOLogicalUnitSetAlgorithm(unit, kMPIOLogicalUnitAlgorithmLeastQueueDepth, nullptr));
-  EXPECT_TRUE(lastWrite->equals(*algorithm("Least Queue Depth", 16)));
-  EXPECT_TRUE(MPIOLogicalUnitSetAlgorithm(unit, copy.get(), nullptr));
-  EXPECT_TRUE(lastWrite->equals(*algorithm("Modified Round Robin", 16)));
-}
-
-TEST_F(Calls, ErrorsAreHandedOutWithOneReferenceAndOnlyWhereThereIsOne) {
-  Owned<ObErrorRef> error;
-  EXPECT_FALSE(MPIOLogicalUnitSetBatchCount(unit, 0, error.out()));
+  EXPECT_FALSE(MPIOLogicalUnitSetAlgorithm(handles->unit(), lower.get(), error.out()) || error);
+  EXPECT_FALSE(MPIOLogicalUnitSetBatchCount(handles->unit(), 0, error.out()));
   EXPECT_EQ(utf8(ObErrorGetDomain(error.get())), "newBatchCount cannot be 0");
-  EXPECT_EQ(ObErrorGetUserInfo(error.get()), nullptr);
-  EXPECT_EQ(static_cast<const ob::Object*>(static_cast<const void*>(error.get()))->retainCount(),
-            1u);
-  EXPECT_EQ(writes, 0);
-
-  const ObErrorRef before = error.get();
-  EXPECT_TRUE(MPIOLogicalUnitSetBatchCount(unit, 5, error.out()));
+  EXPECT_EQ(ob::fromC<ob::Object>(error.get())->retainCount(), 1u);
   status = -16;
-  EXPECT_FALSE(MPIOLogicalUnitSetBatchCount(unit, 5, error.out()));
-  EXPECT_EQ(error.get(), before);
+  expectErrors({kNone, kNotWritten, kNotSet, kNotSet, kNotSet, kNotSet});
+  written = nullptr;
+  expectErrors({kNotAUnit, kNotAUnit, kNotAPath, kNotAPath, kNotAUnit, kNone}, true);
+  storage.registry().removeEntry(unitID(0));  // the manager still knows the unit
+  expectErrors({kNone, kNoEntry, kNoService, kNoService, kNoService, kNoService});
+  removeUnits();
+  expectErrors({kNone, kNone, kNone, kNoService, kNone, kNone});
+  for (const EntryID id : {pathID(0, 0), pathID(0, 1)}) {
+    setProperty(storage, id, "Logical Unit Path Identifier", nullptr);
+  }
+  fill();
+  expectErrors({nullptr, nullptr, kNotEnabled, kNotDisabled, kNotEnabled, kNotDisabled});
+  EXPECT_FALSE(written);
 }
 
-TEST_F(Calls, WhatIsReturnedIsACopyOfItsMoment) {
-  const Owned<ObDictionaryRef> before(MPIOLogicalUnitCopyProperties(unit));
-  setProperty(host->memory, unitID(0), "Logical Unit Alias", text("renamed"));
-  EXPECT_EQ(textUnder(before.get(), kMPIOLogicalUnitAliasKey), "unit 0");
-  const Owned<ObDictionaryRef> after(MPIOLogicalUnitCopyProperties(unit));
-  EXPECT_EQ(textUnder(after.get(), kMPIOLogicalUnitAliasKey), "renamed");
-  EXPECT_EQ(ObDictionaryGetValue(after.get(), kMPIOLogicalUnitAlgorithmKey),
-            kMPIOLogicalUnitAlgorithmRoundRobin);
-}
-
-TEST_F(Calls, PathsLeadToTheirUnitWhileItLives) {
-  EXPECT_EQ(Owned<MPIOLogicalUnitRef>(MPIOLogicalUnitPathCopyLogicalUnit(path)).get(), unit);
-  const Owned<MPIOLogicalUnitPathRef> kept(static_cast<MPIOLogicalUnitPathRef>(ObRetain(path)));
-  touch(host->memory);
-  handles.emplace();  // the old unit goes; its entry is still there
-  EXPECT_FALSE(Owned<MPIOLogicalUnitRef>(MPIOLogicalUnitPathCopyLogicalUnit(kept.get())));
-  EXPECT_FALSE(MPIOLogicalUnitPathEnable(kept.get(), nullptr));
-}
-
-TEST_F(Calls, HandlesAreFoundByRegistryObject) {
-  MPIODeviceRegistry& registry = host->registry();
-  // The lower handle is 1, next to the one that is none.
-  const ScopedHandle pathEntry(registry, registry.findServiceByEntryID(pathID(0, 0)));
-  const ScopedHandle unitEntry(registry, registry.findServiceByEntryID(unitID(1)));
-  EXPECT_EQ(Owned<MPIOLogicalUnitRef>(MPIOCopyLogicalUnitForService(unitEntry.get())).get(),
-            handles->unit(1));
-  EXPECT_EQ(Owned<MPIOLogicalUnitPathRef>(MPIOCopyLogicalUnitPathForService(pathEntry.get())).get(),
-            path);
-  EXPECT_EQ(MPIOCopyLogicalUnitForService(pathEntry.get()), nullptr);
+TEST_F(Calls, PathsAndRegistryObjectsLeadToTheirHandles) {
+  const auto path = at<MPIOLogicalUnitPathRef>(paths, 0);
+  EXPECT_EQ(Owned(MPIOLogicalUnitPathCopyLogicalUnit(path)).get(), handles->unit());
+  const ScopedHandle pathEntry(host->registry(),
+                               host->registry().findServiceByEntryID(pathID(0, 0)));
+  const ScopedHandle unitEntry(host->registry(), host->registry().findServiceByEntryID(unitID(1)));
+  EXPECT_EQ(Owned(MPIOCopyLogicalUnitForService(unitEntry.get())).get(), handles->unit(1));
+  EXPECT_EQ(Owned(MPIOCopyLogicalUnitPathForService(pathEntry.get())).get(), path);
   EXPECT_EQ(MPIOCopyLogicalUnitPathForService(unitEntry.get()), nullptr);
-  EXPECT_EQ(MPIOCopyLogicalUnitForService(0), nullptr);
-  EXPECT_EQ(MPIOCopyLogicalUnitPathForService(0), nullptr);
-  host->watch.failAll(Operation::kGetEntryID);
-  EXPECT_EQ(MPIOCopyLogicalUnitForService(unitEntry.get()), nullptr);
-  EXPECT_EQ(MPIOCopyLogicalUnitPathForService(pathEntry.get()), nullptr);
+}
+
+TEST_F(Calls, SurviveAnAllocationThatFailsAndLoseNoMoreThanWhatItHit) {
+  if (!kAllocationsCanFail) GTEST_SKIP();
+  bool unitLost = false, pathLost = false;
+  std::optional<RunLoopClient> listening;
+  const auto session = [&] {
+    MPIOManagerTeardown();
+    EXPECT_EQ(MPIOCopyLogicalUnits(), nullptr);
+    touch(storage);
+    MPIOManagerInitialize();
+    const auto first = knownPath(pathID(0, 0));
+    unitLost |= first && !knownLogicalUnit(unitID(0)) && knownLogicalUnit(unitID(1));
+    pathLost |= !first && knownLogicalUnit(unitID(0)) && knownPath(pathID(0, 1));
+    listening.emplace().start();
+    for (const auto& each : kQueries) {
+      touch(storage);
+      Owned<ObTypeRef>(each.call(handle(each.ofPath)));
+    }
+    for (const auto& each : kChanges) {
+      touch(storage);
+      each.call(handle(each.ofPath), Owned<ObErrorRef>().out());
+    }
+  };
+  std::size_t place = 0;
+  for (bool failed = true; failed && !HasFailure(); ++place) {
+    SCOPED_TRACE(place);
+    allocationsUntilFailure = place;
+    ob::catchExhaustion(session);  // for what the session itself allocates
+    failed = allocationFailed();
+    listening.reset();
+    EXPECT_EQ(storage.registry().openHandles(), 0u);
+    MPIOManagerInitialize();
+    fill();
+    EXPECT_TRUE(ObArrayGetCount(handles->units.get()) == 2 && ObArrayGetCount(paths.get()) == 2);
+  }
+  EXPECT_TRUE(place > 200 && unitLost && pathLost) << place;
+  const ob::Pool pool;
+  QueueClient onQueue;
+  allocationsUntilFailure = 0;
+  EXPECT_FALSE(onQueue.start());
+  EXPECT_EQ(utf8(ObErrorGetDomain(onQueue.error)), "Failed to allocate an internal structure");
+  EXPECT_EQ(ObErrorGetCode(onQueue.error), kMPIOErrorNoResources);
 }
 
 }  // namespace

@@ -1,12 +1,13 @@
-// The talk with multipathd over its socket, with a daemon of the test's own.
+// The exchange with multipathd over its socket, with a daemon of the test's own.
 #include <gtest/gtest.h>
 #include <pthread.h>
-#include <signal.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
+#include <csignal>
 #include <thread>
 
-#include "linux/path_daemon.hpp"
-#include "tests/linux/daemon_socket.hpp"
+#include "linux/kernel/path_daemon.hpp"
 
 namespace tavrenix::sys {
 namespace {
@@ -15,85 +16,55 @@ using namespace std::chrono_literals;
 using namespace std::string_view_literals;
 
 std::string framed(std::string_view text, std::size_t length) {
-  std::string frame(reinterpret_cast<const char*>(&length), sizeof length);
-  return frame.append(text);
-}
-std::string framed(std::string_view text) {
-  return framed(text, text.size());
+  return std::string(reinterpret_cast<const char*>(&length), sizeof length).append(text);
 }
 
-struct Daemon {
-  std::string reply;
-  bool waits = false;  // for the other side to hang up
-  std::function<void()> afterEachByte = [] {};
-};
-
-// What the client makes of a daemon, and what that daemon received.
-struct Talk {
-  Answer<DaemonReply> answer;
-  std::string received;
-};
-Talk talk(const Daemon& daemon, std::chrono::milliseconds patience = 5s, uid_t user = ::geteuid()) {
-  const test::DaemonSocket socket;
-  Talk talk;
-  std::thread serving(
-      [&] { talk.received = socket.serve(daemon.reply, daemon.waits, daemon.afterEachByte); });
-  // The first address is where nobody listens.
-  talk.answer =
-      MultipathdSocket({"@tavrenix-nobody", socket.name()}, patience, user).ask("fail path sda");
-  serving.join();
-  return talk;
-}
-
-TEST(MultipathdSocket, UnderstandsRepliesOfEveryVersion) {
-  const std::pair<std::string_view, DaemonReply> rows[] = {
-      {"ok\n\0"sv, DaemonReply::kDone},
-      {"ok", DaemonReply::kDone},
-      {"fail\n\0"sv, DaemonReply::kRefused},
-      {"fail\nmap or partition in use\n\0"sv, DaemonReply::kRefused},
-      {"timeout\n\0"sv, DaemonReply::kTooLate},
-      {"", DaemonReply::kUnknown},
-      {"okay\n", DaemonReply::kUnknown},
-      {"failed to send", DaemonReply::kUnknown},
+TEST(MultipathdSocket, TakesWholeRepliesOfItsUserInTimeAndTrustsNoOther) {
+  struct Row {
+    std::string reply;
+    int status;
+    DaemonReply meaning = {};
+    bool waits = false;  // does not hang up
+    uid_t user = ::geteuid();
   };
-  for (const auto& [reply, meaning] : rows) {
-    const auto [answer, received] = talk({framed(reply), true});
-    EXPECT_EQ(answer.status, 0) << reply;
-    EXPECT_EQ(answer.value, meaning) << reply;
-    EXPECT_EQ(received, framed("fail path sda\0"sv));
-  }
-}
-
-TEST(MultipathdSocket, TrustsNoReply) {
-  for (const auto& reply :
-       {std::string(), std::string("abc"), framed("ok", 100), framed("", std::size_t(-1))}) {
-    EXPECT_LT(talk({reply}).answer.status, 0) << reply.size();
-  }
-  EXPECT_EQ(talk({"", true}, 50ms).answer.status, -ETIMEDOUT);
-}
-
-TEST(MultipathdSocket, TellsThatNoDaemonRuns) {
-  MultipathdSocket nobody({"@tavrenix-nobody", "/nonexistent/multipathd.socket"}, 5s);
-  EXPECT_EQ(nobody.ask("fail path sda").status, -ENOENT);
-  EXPECT_EQ(nobody.ask(std::string(511, 'x')).status, -ENOENT);
-  EXPECT_EQ(nobody.ask(std::string(512, 'x')).status, -EMSGSIZE) << "more than a daemon takes";
-  const auto [answer, received] = talk({framed("ok\n\0"sv)}, 5s, ::geteuid() + 1);
-  EXPECT_EQ(answer.status, -ENOENT) << "another user may listen there";
-  EXPECT_EQ(received, "") << "not even the command is for it";
-}
-
-TEST(MultipathdSocket, IsNotDisturbedBySignals) {
-  struct sigaction action {};
-  action.sa_handler = [](int) {};
-  struct sigaction before {};
-  ASSERT_EQ(::sigaction(SIGUSR1, &action, &before), 0);
-  const auto disturb = [asking = ::pthread_self()] {
-    for (int i = 0; i < 20; ++i) ::pthread_kill(asking, SIGUSR1);
+  const Row rows[] = {
+      {framed("fail\nmap or partition in use\n\0"sv, 30), 0, DaemonReply::kRefused},
+      {framed("ok\n\0"sv, 4), 0, DaemonReply::kDone},
+      {framed("ok", 100), -ECONNRESET},
+      {framed("", std::size_t(-1)), -EMSGSIZE},
+      {"", -ETIMEDOUT, {}, true},
+      {"", -ENOENT, {}, true, ::geteuid() + 1},  // that user may not even see the command
   };
-  const auto [answer, received] = talk({framed("ok\n\0"sv), false, disturb});
-  EXPECT_EQ(answer.status, 0);
-  EXPECT_EQ(answer.value, DaemonReply::kDone);
-  ::sigaction(SIGUSR1, &before, nullptr);
+  std::signal(SIGUSR1, [](int) {});  // does not end the exchange
+  const std::string name = "@tavrenix-" + std::to_string(::getpid());
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  name.copy(address.sun_path + 1, name.size(), 1);
+  const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size());
+  for (const auto& row : rows) {
+    const ob::FileDescriptor listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    ASSERT_EQ(::bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), length), 0);
+    ASSERT_EQ(::listen(listener.get(), 1), 0);
+    std::string received(1024, '\0');
+    std::thread daemon([&, asking = ::pthread_self()] {
+      const ob::FileDescriptor client(::accept(listener.get(), nullptr, nullptr));
+      const ssize_t got = ::recv(client.get(), received.data(), received.size(), 0);
+      received.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+      for (const char byte : row.reply) {
+        ::send(client.get(), &byte, 1, MSG_NOSIGNAL);
+        ::pthread_kill(asking, SIGUSR1);
+      }
+      char end = 0;
+      if (row.waits) ::recv(client.get(), &end, 1, 0);
+    });
+    // No process listens on the first address.
+    MultipathdSocket socket({"@tavrenix-nobody", name}, row.waits ? 50ms : 5s, row.user);
+    const auto answer = socket.ask("fail path sda");
+    daemon.join();
+    EXPECT_EQ(answer.status, row.status) << row.reply.size();
+    EXPECT_EQ(answer.value, row.meaning) << row.reply.size();
+    EXPECT_EQ(received, row.status == -ENOENT ? "" : framed("fail path sda\0"sv, 14));
+  }
 }
 
 }  // namespace

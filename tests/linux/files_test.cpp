@@ -1,7 +1,9 @@
 // Reading below a root folder: what the tests of recorded machines do not notice.
-#include "linux/files.hpp"
+#include "linux/kernel/files.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <fstream>
 
@@ -10,34 +12,30 @@
 namespace tavrenix::test {
 namespace {
 
-namespace fs = std::filesystem;
-
-std::size_t openFiles() {
-  const fs::directory_iterator folder("/proc/self/fd");
-  return static_cast<std::size_t>(std::distance(begin(folder), end(folder)));
+int lowestFreeDescriptor() {
+  const int lowest = ::dup(STDIN_FILENO);
+  ::close(lowest);
+  return lowest;
 }
 
-TEST(HostFiles, FollowFoldersAloneAreBoundedAndLeaveNothingOpen) {
+TEST(HostFiles, AreReadWithFewDescriptorsOfWhichNoneStaysOpen) {
   const Scratch scratch;
-  fs::create_directory(scratch.folder() / "disk");
-  fs::create_directory_symlink("disk", scratch.folder() / "link");
-  fs::create_symlink("disk/long", scratch.folder() / "file");
-  std::ofstream(scratch.folder() / "disk/long") << std::string(300000, 'x');
+  std::ofstream(scratch.folder() / "long") << std::string(300000, 'x');
   const sys::HostFiles files(scratch.folder());
-  const std::size_t before = openFiles();
-  const auto [folder, none, long_] = files.readTogether<3>({"/disk", "/none", "/link/long"});
-  EXPECT_FALSE(folder);
-  EXPECT_FALSE(none);
-  EXPECT_EQ(long_->size(), sys::HostFiles::kMostBytes);
-  EXPECT_FALSE(files.read("/file"));
-  EXPECT_FALSE(files.link("/disk/long"));
-  EXPECT_TRUE(files.entries("/none").empty());
-  EXPECT_EQ(files.entries("/link").size(), 1u);
-  // A link stands for itself: the kernel makes a new one for the next bearer of the number.
-  EXPECT_NE(files.inode("/link"), files.inode("/link/"));
-  EXPECT_FALSE(files.inode("/none"));
-  EXPECT_FALSE(files.exists("/none"));
-  EXPECT_EQ(openFiles(), before);
+  rlimit old{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &old), 0);
+  const int free = lowestFreeDescriptor();
+  for (const int more : {20, 2, 0}) {
+    const rlimit few{static_cast<rlim_t>(free + more), old.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    const auto texts = files.readTogether(std::vector<std::string>(9, "/long"));
+    ::setrlimit(RLIMIT_NOFILE, &old);
+    for (const auto& each : texts) {
+      EXPECT_EQ(each.error, more != 0 ? 0 : EMFILE) << "which is not absent";
+      EXPECT_EQ(each.text.size(), more != 0 ? sys::HostFiles::kMostBytes : 0);
+    }
+    EXPECT_EQ(lowestFreeDescriptor(), free);
+  }
 }
 
 }  // namespace

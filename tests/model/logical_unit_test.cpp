@@ -1,77 +1,42 @@
-// What a logical unit makes of its registry entry, and what it keeps when the entry changes or
-// goes.
+// What a logical unit reads from its registry entry, what it keeps if the entry changes or goes,
+// and the requests that it writes to the entry.
 #include "model/logical_unit.hpp"
 
 #include <gmock/gmock.h>
 
-#include "model/identifier.hpp"
+#include "host/registry_names.hpp"
 #include "model/keys.hpp"
-#include "model/registry_names.hpp"
+#include "model/public_values.hpp"
 #include "runtime/pool.hpp"
-#include "tests/support/every_failure.hpp"
-#include "tests/support/storage.hpp"
+#include "tests/support/sample_storage.hpp"
+#include "tests/support/watched.hpp"
 
 namespace tavrenix::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class LogicalUnit : public testing::Test {
  protected:
-  LogicalUnit() { addStorage(host.memory, {.units = 2, .paths = 3, .volumes = 2}); }
+  LogicalUnit() { addStorage(host.memory, {.units = 1, .paths = 3, .volumes = 2}); }
   ~LogicalUnit() override { EXPECT_EQ(host.memory.registry().openHandles(), 0u); }
 
   ob::Ref<MPIOLogicalUnit> make(EntryID id = unitID(0)) {
     return MPIOLogicalUnit::initWithKsKitServiceEntry(host, id);
   }
   void set(std::string_view name, Value value) { setProperty(host.memory, unitID(0), name, value); }
-  std::vector<std::string> volumeNames(const MPIOLogicalUnit& unit) {
-    std::vector<std::string> names;
-    for (const auto& volume : unit.logicalUnitVolumesArray()->values()) {
-      names.push_back(
-          textUnder(ob::as<ob::Dictionary>(volume.get()), keys::kMPIOLogicalUnitVolumeNameKey));
-    }
-    return names;
-  }
-  // With a volume of that name.
-  void addMedia(EntryID id, const char* name, const ob::Ref<const ob::Dictionary>& properties,
+  // Adds a medium with a volume of that name.
+  void addMedia(EntryID id, const char* name, Value leaf, const char* content,
                 const char* className = "KsMedia") {
-    host.memory.registry().addEntry(id, className, {wholeDiskID(0)}, properties);
+    host.memory.registry().addEntry(id, className, {wholeDiskID(0)},
+                                    dictionary({{"Leaf", leaf}, {"Content", text(content)}}));
     host.memory.disks().set(id,
                             {.volumeName = ob::String::make(name), .bsdName = {}, .mediaSize = {}});
   }
 
-  WatchedHost host;
-  const Value yes = flag(true), no = flag(false);
-};
-
-TEST_F(LogicalUnit, PublishesWhatTheRegistrySays) {
-  const auto unit = make();
-  const auto expected =
-      dictionary({{"Logical Unit Identifier", text("600A0B80000000000000000000000000")},
-                  {"Logical Unit Alias", text("unit 0")},
-                  {"Logical Unit Vendor ID", text("MAKER")},
-                  {"Logical Unit Product ID", text("ARRAY")},
-                  {"Logical Unit Algorithm", text("Logical Unit Algorithm Round Robin")},
-                  {"Logical Unit Batch Count", number(16)},
-                  {"Logical Unit Volumes Dictionary Array", unit->logicalUnitVolumesArray()}});
-  EXPECT_TRUE(unit->getProperties()->equals(*expected));
-}
-
-TEST_F(LogicalUnit, OfAnUnknownOrCombinedAlgorithmReportsLeastBytes) {
-  host.memory.registry().addEntry(7, std::string(registry::kLogicalUnitClass), {}, dictionary({}));
-  const auto unit = make(7);
   const ob::Pool pool;
-  for (const std::uint32_t code : {0u, 12u, 20u, 24u}) {
-    unit->setAlgorithm(code, nullptr);
-    EXPECT_EQ(unit->logicalUnitAlgorithm(), code);
-    EXPECT_TRUE(unit->getProperties()->equals(
-        *dictionary({{"Logical Unit Algorithm", text("Logical Unit Algorithm Least Bytes")},
-                     {"Logical Unit Batch Count", number(0)},
-                     {"Logical Unit Volumes Dictionary Array", unit->logicalUnitVolumesArray()}})));
-  }
-}
+  WatchedHost host;
+};
 
 TEST_F(LogicalUnit, KeepsWhatTheRegistryDoesNotSay) {
   const auto unit = make();
@@ -93,18 +58,15 @@ TEST_F(LogicalUnit, KeepsWhatTheRegistryDoesNotSay) {
   EXPECT_TRUE(before->equals(*unit->getProperties())) << "the first identifier stays";
   host.memory.registry().removeEntry(unitID(0));
   EXPECT_TRUE(before->equals(*unit->getProperties()));
-  unit->setLogicalUnitAlias(ob::String::make("set here"));
-  EXPECT_EQ(textUnder(unit->getProperties().get(), keys::kMPIOLogicalUnitAliasKey), "set here");
 }
 
 TEST_F(LogicalUnit, ReadsTheBatchCountForRoundRobinOnly) {
   const auto unit = make();
-  struct Case {
+  const struct {
     const char* algorithm;
     Value count;
     std::uint32_t code, kept;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"Modified Round Robin", number(0), 16, 16},
       {"Modified Round Robin", nullptr, 16, 16},
       {"Modified Round Robin", text("9"), 16, 16},
@@ -115,7 +77,7 @@ TEST_F(LogicalUnit, ReadsTheBatchCountForRoundRobinOnly) {
       {"least bytes", number(99), 4, 7},  // not a name: nothing changes
       {"Modified Round Robin", number(99), 16, 99},
   };
-  for (const Case& each : cases) {
+  for (const auto& each : cases) {
     set("Load Balancing Algorithm", text(each.algorithm));
     set("Batch Count", each.count);
     unit->getProperties();
@@ -125,76 +87,83 @@ TEST_F(LogicalUnit, ReadsTheBatchCountForRoundRobinOnly) {
 }
 
 TEST_F(LogicalUnit, ListsLeavesAndSharedVolumesButNoComponents) {
-  EXPECT_THAT(volumeNames(*make()), ElementsAre("Volume 0", "Volume 1"));
-  addMedia(1000, "spans", dictionary({{"Leaf", no}, {"Content", text("Zorva_Quil")}}));
-  addMedia(1001, "part", dictionary({{"Leaf", yes}, {"Content", text("Zorva_Quil_Component")}}));
-  addMedia(1002, "both", dictionary({{"Leaf", yes}, {"Content", text("Zorva_Quil")}}));
-  addMedia(1003, "neither", dictionary({{"Leaf", no}, {"Content", text("Other")}}));
-  addMedia(1004, "unknown", dictionary({}));
-  addMedia(1005, "no media", dictionary({{"Leaf", yes}}), "KsPartitionScheme");
+  const Value yes = flag(true), no = flag(false);
+  addMedia(1000, "spans", no, "Zorva_Quil");
+  addMedia(1001, "part", yes, "Zorva_Quil_Component");
+  addMedia(1002, "both", number(1), "Zorva_Quil");
+  addMedia(1003, "neither", no, "Other");
+  addMedia(1004, "unknown", nullptr, "");
+  addMedia(1005, "no media", yes, "Data", "KsPartitionScheme");
   host.memory.disks().forget(volumeID(0, 1));  // unformatted
-  EXPECT_THAT(volumeNames(*make()), ElementsAre("Volume 0", "spans", "both"));
-}
-
-TEST_F(LogicalUnit, DescribesAVolumeByWhatIsKnownOfIt) {
+  std::vector<std::string> names;
   const auto volumes = make()->logicalUnitVolumesArray();
-  EXPECT_TRUE(volumes->values()[1]->equals(
-      *dictionary({{"Logical Unit Volume Name", text("Volume 1")},
-                   {"Logical Unit Volume Size", number(1'000'000'000)},
-                   {"Logical Unit Volume Mount Point", text("disk0s2")}})));
-  EXPECT_FALSE(MPIOLogicalUnit::volumeInfoForLUNVolume(host, 0));
-  addMedia(1000, "bare", dictionary({}));
-  const ScopedHandle media(host.registry(), host.registry().findServiceByEntryID(1000));
-  EXPECT_EQ(MPIOLogicalUnit::volumeInfoForLUNVolume(host, media.get())->pairs().size(), 1u);
+  for (const auto& volume : volumes->values()) {
+    names.push_back(
+        textUnder(ob::as<ob::Dictionary>(volume.get()), keys::kMPIOLogicalUnitVolumeNameKey));
+  }
+  EXPECT_THAT(names, ElementsAre("Volume 0", "spans", "both"));
 }
 
-TEST_F(LogicalUnit, ReadsItsPropertiesAndItsVolumesEachForItself) {
-  const auto unit = make();
-  const auto volumes = unit->logicalUnitVolumesArray();
-  addMedia(1000, "new", dictionary({{"Leaf", yes}}));
-  host.watch.failAll(Operation::kCreateIterator);
-  unit->getProperties();
-  EXPECT_EQ(unit->logicalUnitVolumesArray(), volumes);
-  host.watch.failAll(Operation::kCopyProperties);
-  EXPECT_EQ(textUnder(unit->getProperties().get(), keys::kMPIOLogicalUnitAliasKey), "unit 0");
-  EXPECT_THAT(volumeNames(*unit), ElementsAre("Volume 0", "Volume 1", "new"));
-}
-
-TEST_F(LogicalUnit, KeepsTheFirstPathUnderAKeyAndRemovesOneOrAllWithTheirDifferences) {
+TEST_F(LogicalUnit, KeepsTheFirstPathOfAKeyAndForgetsPathsInTwoWays) {
   auto unit = make();
-  const auto makePath = [&](EntryID id) {
-    return MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, id, unit.get());
-  };
-  const auto first = makePath(pathID(0, 0));
-  const auto twin = makePath(pathID(0, 0));
-  const auto second = makePath(pathID(0, 1));
-  unit->addPath(nullptr, 1);
-  unit->addPath(first.get(), pathID(0, 0));
-  unit->addPath(twin.get(), pathID(0, 0));
-  unit->addPath(second.get(), pathID(0, 1));
-  EXPECT_THAT(unit->getPaths()->values(), ElementsAre(first, second));
-  EXPECT_EQ(ob::as<ob::Number>(unit->getPathIDs()->values()[0].get())->asUInt64(), pathID(0, 0));
-  EXPECT_EQ(first->matchingLogicalUnit(), unit);
+  const auto first = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, pathID(0, 0), unit.get());
+  const auto twin = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, pathID(0, 0), unit.get());
+  for (const auto& path : {first, twin}) unit->addPath(path.get(), pathID(0, 0));
+  EXPECT_THAT(unit->getPaths()->values(), ElementsAre(first));
   EXPECT_FALSE(twin->matchingLogicalUnit());
-
-  unit->removePath(nullptr);
   unit->removePath(first.get());
   EXPECT_FALSE(first->matchingLogicalUnit());
-  EXPECT_THAT(unit->getPaths()->values(), ElementsAre(second));
+  unit->addPath(twin.get(), pathID(0, 0));
   unit->removeAllPaths();
-  EXPECT_THAT(unit->getPaths()->values(), IsEmpty());
-  EXPECT_EQ(second->matchingLogicalUnit(), unit);  // left as it was
+  EXPECT_THAT(unit->getPaths()->values(), testing::IsEmpty());
+  EXPECT_EQ(twin->matchingLogicalUnit(), unit);  // left as it was
   unit = nullptr;
-  EXPECT_FALSE(second->matchingLogicalUnit());  // and reads as none once the unit is gone
+  EXPECT_FALSE(twin->matchingLogicalUnit());  // and reads as none once the unit is gone
+}
+
+TEST_F(LogicalUnit, SendsTheAlgorithmOfTheLowestKnownBitAndRefusesOtherArguments) {
+  const auto unit = make();
+  std::vector<Value> written;
+  host.memory.registry().setWriteHandler([&](EntryID, const ob::String&, const ob::Object& value) {
+    written.push_back(Value::retain(&value));
+    return kSuccess;
+  });
+  const ob::Error* error = nullptr;
+  const std::pair<std::uint32_t, const char*> cases[] = {
+      {16, "Modified Round Robin"}, {24, "Least Queue Depth"}, {12, "Least Bytes"}};
+  for (const auto& [code, name] : cases) {
+    error = MPIOErrorCreate("stale", kErrorBadArgument);
+    EXPECT_TRUE(unit->setAlgorithm(code, &error)) << code;
+    EXPECT_EQ(error, nullptr);
+    EXPECT_TRUE(written.back()->equals(
+        *dictionary({{"Algorithm", text(name)}, {"Batch Count", number(16)}})));
+    EXPECT_EQ(unit->logicalUnitAlgorithm(), code);
+  }
+  EXPECT_FALSE(unit->setAlgorithm(1, &error));
+  EXPECT_EQ(error->description()->view(),
+            "Bad parameter. algorithmString string is nil (error 0x08000001)");
+  EXPECT_FALSE(unit->setBatchCount(0, &error));
+  EXPECT_EQ(error->description()->view(),
+            "Bad value for batchCount.  Must be greater than 0 (error 0x08000001)");
+  EXPECT_FALSE(unit->setAlgorithm(0, &error));
+  EXPECT_EQ(error, nullptr);
+  EXPECT_EQ(written.size(), std::size(cases));
+}
+
+TEST_F(LogicalUnit, ReleasesTheEntryOfAChangeAfterItsMutex) {
+  const auto unit = make();
+  const auto path = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, pathID(0, 0), unit.get());
+  // If the mutex were still locked, a host that uses the unit within release would wait for ever.
+  std::size_t released = 0;
+  host.watch.onRelease = [&] { unit->addPath(path.get(), ++released); };
+  EXPECT_TRUE(unit->setBatchCount(4, nullptr));
+  EXPECT_EQ(released, 1u);
 }
 
 TEST(IdentifierTextDeathTest, HasTwoDigitsAByteAndIsNeverCut) {
-  const auto of = [](const std::vector<std::uint8_t>& bytes) {
-    return std::string(identifierText(*ob::Data::make(bytes))->view());
-  };
-  EXPECT_EQ(of({}), "");
-  EXPECT_EQ(of(std::vector<std::uint8_t>(127, 0xAB)).size(), 254u);
-  EXPECT_DEATH(of(std::vector<std::uint8_t>(128, 0)),
+  const std::vector<std::uint8_t> bytes(128, 0xAB);
+  EXPECT_EQ(identifierText(*ob::Data::make({bytes.data(), 127}))->view().size(), 254u);
+  EXPECT_DEATH(identifierText(*ob::Data::make(bytes)),
                "fatal: a device identifier is longer than 127 bytes");
 }
 

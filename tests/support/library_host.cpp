@@ -2,38 +2,23 @@
 
 namespace tavrenix {
 
-namespace {
+static MPIOHost* gUnder = nullptr;
 
-// Without storage, and there for exit handlers.
-MPIOHost& noStorage() {
-  static auto& host = *new test::WatchedHost;
-  return host;
-}
-
-MPIOHost*& current() {
-  static MPIOHost* shared = &noStorage();
-  return shared;
-}
-
-}  // namespace
-
+// Without a host of a test's this is one without storage, which exit handlers find, too.
 MPIOHost& sharedHost() {
-  return *current();
+  static MPIOHost& noStorage = *new test::WatchedHost;
+  return gUnder == nullptr ? noStorage : *gUnder;
 }
 
-namespace test {
-
-UnderLibrary::UnderLibrary(MPIOHost& host) {
+test::UnderLibrary::UnderLibrary(MPIOHost& host) {
   MPIOManagerTeardown();
-  current() = &host;
+  gUnder = &host;
   MPIOManagerInitialize();
 }
 
-UnderLibrary::~UnderLibrary() {
+test::UnderLibrary::~UnderLibrary() {
   MPIOManagerTeardown();
-  current() = &noStorage();
+  gUnder = nullptr;
 }
-
-}  // namespace test
 
 }  // namespace tavrenix

@@ -1,16 +1,13 @@
-// The host of test programs that link the whole library: one that tests exchange for a new one each
-// time.
+// The host of test programs that link the whole library, which tests exchange for a new one.
 #pragma once
 
-#include <memory>
-
 #include "library/manager.hpp"
-#include "tests/support/storage.hpp"
+#include "tests/support/sample_storage.hpp"
 #include "tests/support/watched.hpp"
 
 namespace tavrenix::test {
 
-// Puts a host under the library for as long as it lives, with a manager that starts afresh.
+// Makes the library use a host until the end of the scope. The manager starts again.
 class UnderLibrary {
  public:
   explicit UnderLibrary(MPIOHost& host);
@@ -19,17 +16,15 @@ class UnderLibrary {
   UnderLibrary& operator=(const UnderLibrary&) = delete;
 };
 
-// The same with a host of its own.
+// Makes the library use a new host, which counts operations and fails them on request.
 class LibraryHost {
  public:
-  LibraryHost() { host_->watch.reset(); }
-
-  WatchedHost& operator*() const noexcept { return *host_; }
-  WatchedHost* operator->() const noexcept { return host_.get(); }
+  LibraryHost() { host_.watch.reset(); }
+  WatchedHost* operator->() noexcept { return &host_; }
 
  private:
-  std::unique_ptr<WatchedHost> host_ = std::make_unique<WatchedHost>();
-  UnderLibrary under_{*host_};
+  WatchedHost host_;
+  UnderLibrary under_{host_};
 };
 
 }  // namespace tavrenix::test

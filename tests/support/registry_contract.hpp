@@ -1,136 +1,175 @@
-// What every backing of the registry seam must do: one list of tests, run over each backing.
+// The contract of the device registry: tests that run on every backing.
 //
-// A backing gives a fixture with: `MPIODeviceRegistry& registry()`, `EntryID unit()` (a logical
-// unit with at least one path above it and one medium below it), `EntryID absent()` (an ID that no
-// entry has) and `std::size_t openHandles()`. Register with INSTANTIATE_TYPED_TEST_SUITE_P(Name,
-// RegistryContract, Fixture).
+// Each backing supplies a fixture. It has `BackedRegistry& registry()`, `EntryID unit()` (a logical
+// unit with paths above it and a medium below it), `EntryID absent()` (an ID that no entry has),
+// `void removeUnit()` and `void restoreUnit()` (which do what a driver does), `std::uint32_t
+// generation()`, and `kMakesRounds`, which is true if the backing publishes in a step of its own.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <condition_variable>
 #include <set>
+#include <thread>
 
-#include "model/entry.hpp"
-#include "model/registry.hpp"
-#include "model/registry_names.hpp"
+#include "host/backed_registry.hpp"
+#include "host/entry.hpp"
+#include "host/registry_names.hpp"
 #include "runtime/values.hpp"
 
 namespace tavrenix::test {
 
-template <class Backing>
+template <class Fixture>
 class RegistryContract : public testing::Test {
  protected:
-  ~RegistryContract() override { EXPECT_EQ(backing.openHandles(), 0u); }
+  struct Note {
+    EntryID id;
+    std::string_view kind;
+    std::uint32_t generation, afterwards;  // before and after the client has read the entry
+  };
 
-  MPIODeviceRegistry& registry() { return backing.registry(); }
-  std::vector<EntryID> drain(RegistryHandle iterator,
-                             std::string_view className = registry::kServiceClass) {
+  RegistryContract() { registry().setDispatchQueue(port, *queue); }
+  ~RegistryContract() override {
+    registry().destroyNotificationPort(port);
+    for (const RegistryHandle iterator : iterators) registry().release(iterator);
+    EXPECT_EQ(registry().openHandles(), 0u);
+  }
+  BackedRegistry& registry() { return fixture.registry(); }
+  std::vector<EntryID> read(RegistryHandle iterator) {
     std::vector<EntryID> found;
-    forEachEntry(registry(), iterator, [&](RegistryHandle entry) {
-      if (registry().conformsTo(entry, className))
-        found.push_back(registry().getEntryID(entry).value);
-    });
+    while (const RegistryHandle next = registry().iteratorNext(iterator)) {
+      const ScopedHandle entry(registry(), next);
+      found.push_back(registry().getEntryID(next).value);
+    }
     return found;
   }
+  std::vector<EntryID> readAll(Result<RegistryHandle> made) {
+    EXPECT_EQ(made.status, kSuccess);
+    const ScopedHandle iterator(registry(), made.value);
+    return read(made.value);
+  }
   std::vector<EntryID> relatives(EntryID from, std::uint32_t options, std::string_view className) {
-    const ScopedHandle entry(registry(), registry().findServiceByEntryID(from));
-    const auto [status, iterator] =
-        registry().createIterator(entry.get(), registry::kServicePlane, options);
-    EXPECT_EQ(status, kSuccess);
-    return drain(iterator, className);
+    std::vector<EntryID> found;
+    forEachRelative(registry(), from, options, [&](RegistryHandle next) {
+      if (!registry().conformsTo(next, className)) return;
+      found.push_back(registry().getEntryID(next).value);
+    });
+    EXPECT_FALSE(found.empty());
+    EXPECT_EQ(std::set<EntryID>(found.begin(), found.end()).size(), found.size());
+    return found;
   }
 
-  Backing backing;
+  Result<RegistryHandle> add(RegistryPort to, std::string_view kind, NotificationDelivery deliver) {
+    const auto made = registry().addMatchingNotification(
+        to, kind, registry().classMatching(registry::kLogicalUnitClass), std::move(deliver));
+    if (made.value != 0) iterators.push_back(made.value);
+    return made;
+  }
+  // Registers as a client does: returns the entries that are present, and notes all later ones.
+  std::vector<EntryID> watch(std::string_view kind) {
+    const auto deliver = [this, kind](RegistryHandle iterator) {
+      // A round that wrongly does not wait for the reader would publish in this time, and be
+      // noticed.
+      if (kind == registry::kTerminateNotification) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+      }
+      const std::uint32_t generation = fixture.generation();
+      const auto found = read(iterator);
+      const std::lock_guard lock(mutex);
+      for (const EntryID id : found) noted.push_back({id, kind, generation, fixture.generation()});
+      changed.notify_all();
+    };
+    return read(add(port, kind, deliver).value);
+  }
+  Note expectNote(EntryID id, std::string_view kind) {
+    std::unique_lock lock(mutex);
+    changed.wait_for(lock, std::chrono::seconds(20), [&] { return !noted.empty(); });
+    EXPECT_EQ(noted.size(), 1u);
+    if (noted.empty()) return {};
+    EXPECT_EQ(noted[0].id, id);
+    EXPECT_EQ(noted[0].kind, kind);
+    return std::exchange(noted, {})[0];
+  }
+
+  Fixture fixture;
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::vector<Note> noted;
+  std::vector<RegistryHandle> iterators;
+  ob::Ref<ob::DispatchQueue> queue = ob::make<ob::DispatchQueue>("contract");
+  RegistryPort port = registry().createNotificationPort();
 };
 
 TYPED_TEST_SUITE_P(RegistryContract);
 
-TYPED_TEST_P(RegistryContract, FindsByClassWhatItFindsByID) {
+TYPED_TEST_P(RegistryContract, FindsEntriesByClassByIDAndFromEachOther) {
   auto& registry = this->registry();
-  const EntryID unit = this->backing.unit();
+  for (const RegistryHandle bad : {RegistryHandle{0}, this->port, this->port + 1})
+    EXPECT_NE(registry.copyProperties(bad).status, kSuccess);
+  const EntryID unit = this->fixture.unit();
+  const auto units = this->readAll(registry.findServicesByClass(registry::kLogicalUnitClass));
+  EXPECT_EQ(std::count(units.begin(), units.end(), unit), 1);
+  for (const EntryID id : units) {
+    EXPECT_EQ(this->readAll(registry.findServicesByEntryID(id)), std::vector<EntryID>{id});
+    const ScopedHandle entry(registry, registry.findServiceByEntryID(id));
+    EXPECT_TRUE(registry.conformsTo(entry.get(), registry::kServiceClass));
+    EXPECT_FALSE(registry.conformsTo(entry.get(), registry::kPathClass));
+  }
+  EXPECT_EQ(registry.findServiceByEntryID(this->fixture.absent()), 0u);
+  EXPECT_TRUE(this->readAll(registry.findServicesByEntryID(this->fixture.absent())).empty());
+  EXPECT_TRUE(this->readAll(registry.findServicesByClass("NoSuchClass")).empty());
+  for (const EntryID path : this->relatives(unit, kIterateParents, registry::kPathClass)) {
+    const auto below = this->relatives(path, kIterateRecursively, registry::kLogicalUnitClass);
+    EXPECT_EQ(std::count(below.begin(), below.end(), unit), 1);
+  }
+  this->relatives(unit, kIterateRecursively, registry::kMediaClass);
   const ScopedHandle entry(registry, registry.findServiceByEntryID(unit));
-  ASSERT_TRUE(entry);
-  EXPECT_EQ(registry.getEntryID(entry.get()).value, unit);
-  EXPECT_TRUE(registry.conformsTo(entry.get(), registry::kLogicalUnitClass));
-  EXPECT_TRUE(registry.conformsTo(entry.get(), registry::kServiceClass));
-  EXPECT_FALSE(registry.conformsTo(entry.get(), registry::kPathClass));
-  const auto all = this->drain(registry.findServicesByClass(registry::kLogicalUnitClass).value);
-  EXPECT_EQ(std::count(all.begin(), all.end(), unit), 1);
-  for (const EntryID id : all) {
-    EXPECT_EQ(this->drain(registry.findServicesByEntryID(id).value), std::vector<EntryID>{id});
-  }
-}
-
-TYPED_TEST_P(RegistryContract, FindsNothingUnderAnAbsentIDOrClass) {
-  auto& registry = this->registry();
-  EXPECT_EQ(registry.findServiceByEntryID(this->backing.absent()), 0u);
-  EXPECT_EQ(registry.findServiceByEntryID(0), 0u);
-  const auto [status, iterator] = registry.findServicesByEntryID(this->backing.absent());
-  EXPECT_EQ(status, kSuccess);
-  EXPECT_TRUE(this->drain(iterator).empty());
-  EXPECT_TRUE(this->drain(registry.findServicesByClass("NoSuchClass").value).empty());
-}
-
-TYPED_TEST_P(RegistryContract, WalksToEachRelativeOnceAndBack) {
-  const auto isSet = [](const std::vector<EntryID>& ids) {
-    return !ids.empty() && std::set<EntryID>(ids.begin(), ids.end()).size() == ids.size();
-  };
-  const EntryID unit = this->backing.unit();
-  const auto paths = this->relatives(unit, kIterateParents, registry::kPathClass);
-  EXPECT_TRUE(isSet(paths));
-  for (const EntryID path : paths) {
-    const auto units = this->relatives(path, kIterateRecursively, registry::kLogicalUnitClass);
-    EXPECT_EQ(std::count(units.begin(), units.end(), unit), 1);
-  }
-  EXPECT_TRUE(isSet(this->relatives(unit, kIterateRecursively, registry::kMediaClass)));
-}
-
-TYPED_TEST_P(RegistryContract, ReadsOnePropertyAsItReadsAll) {
-  auto& registry = this->registry();
-  const ScopedHandle entry(registry, registry.findServiceByEntryID(this->backing.unit()));
-  const auto [status, properties] = registry.copyProperties(entry.get());
-  ASSERT_EQ(status, kSuccess);
-  ASSERT_FALSE(properties->pairs().empty());
+  const auto properties = registry.copyProperties(entry.get()).value;
+  ASSERT_TRUE(properties && properties->value(registry::kUniqueIdentifier) != nullptr);
   for (const auto& [name, value] : properties->pairs()) {
-    const auto single = registry.copyProperty(entry.get(), *name);
-    ASSERT_TRUE(single) << name->view();
-    EXPECT_TRUE(single->equals(*value)) << name->view();
+    EXPECT_TRUE(registry.copyProperty(entry.get(), *name)->equals(*value)) << name->view();
   }
-  EXPECT_FALSE(registry.copyProperty(entry.get(), *ob::String::make("No Such Property")));
-  EXPECT_NE(properties->template valueAs<ob::Data>(registry::kUniqueIdentifier), nullptr);
-  EXPECT_NE(properties->template valueAs<ob::Number>(registry::kPeripheralDeviceType), nullptr);
 }
 
-TYPED_TEST_P(RegistryContract, SearchesUpTheAncestors) {
-  auto& registry = this->registry();
-  const auto paths = this->relatives(this->backing.unit(), kIterateParents, registry::kPathClass);
-  const ScopedHandle path(registry, registry.findServiceByEntryID(paths.at(0)));
-  const auto search = [&](const ob::String& name) {
-    return registry.searchProperty(path.get(), registry::kServicePlane, name,
-                                   kIterateRecursively | kIterateParents);
-  };
-  EXPECT_NE(ob::as<ob::Data>(search(registry::kPathIdentifier).get()),
-            nullptr);  // on the entry itself
-  EXPECT_NE(ob::as<ob::Dictionary>(search(registry::kControllerCharacteristics).get()), nullptr);
-  EXPECT_FALSE(search(*ob::String::make("No Such Property")));
+TYPED_TEST_P(RegistryContract, DeliversDeparturesBeforeTheGenerationMovesAndArrivalsAfter) {
+  const EntryID unit = this->fixture.unit();
+  const auto expectNote = [&](std::string_view kind) { return this->expectNote(unit, kind); };
+  const auto present = this->watch(registry::kFirstMatchNotification);
+  EXPECT_EQ(std::count(present.begin(), present.end(), unit), 1);
+  EXPECT_TRUE(this->watch(registry::kTerminateNotification).empty());
+  const std::uint32_t before = this->fixture.generation();
+  {
+    const ScopedHandle held(this->registry(), this->registry().findServiceByEntryID(unit));
+    this->fixture.removeUnit();
+    const auto departure = expectNote(registry::kTerminateNotification);
+    EXPECT_TRUE(this->registry().conformsTo(held.get(), registry::kLogicalUnitClass));
+    EXPECT_TRUE(!TypeParam::kMakesRounds ||
+                (departure.generation == before && departure.afterwards != before));
+  }
+  this->fixture.restoreUnit();
+  EXPECT_NE(expectNote(registry::kFirstMatchNotification).generation, before);
+
+  std::atomic<int> calls = 0;
+  const auto made =
+      this->add(this->port, registry::kTerminateNotification, [&](RegistryHandle) { ++calls; });
+  this->fixture.removeUnit();
+  expectNote(registry::kTerminateNotification);
+  EXPECT_EQ(this->read(made.value), std::vector{unit}) << "and armed by that";
+  this->fixture.restoreUnit();
+  expectNote(registry::kFirstMatchNotification);
+  EXPECT_EQ(calls, 0) << "not armed at the time of the change";
+  this->fixture.removeUnit();
+  while (calls == 0) std::this_thread::yield();
+  // A registration with a destroyed port delays no other and is not called.
+  this->registry().destroyNotificationPort(std::exchange(this->port, 0));
+  this->fixture.restoreUnit();
+  this->queue->drain();
+  EXPECT_EQ(calls, 1);
+  EXPECT_EQ(this->read(made.value), std::vector{unit});
 }
 
-TYPED_TEST_P(RegistryContract, RefusesWhatIsNoHandle) {
-  auto& registry = this->registry();
-  registry.release(0);
-  EXPECT_NE(registry.copyProperties(0).status, kSuccess);
-  EXPECT_FALSE(registry.copyProperty(0, registry::kAlias));
-  EXPECT_NE(registry.getEntryID(0).status, kSuccess);
-  EXPECT_FALSE(registry.conformsTo(0, registry::kServiceClass));
-  EXPECT_NE(registry.createIterator(0, registry::kServicePlane, 0).status, kSuccess);
-  EXPECT_EQ(registry.iteratorNext(0), 0u);
-  EXPECT_NE(registry.setProperty(0, registry::kProperties, registry::kAlias), kSuccess);
-}
-
-REGISTER_TYPED_TEST_SUITE_P(RegistryContract, FindsByClassWhatItFindsByID,
-                            FindsNothingUnderAnAbsentIDOrClass, WalksToEachRelativeOnceAndBack,
-                            ReadsOnePropertyAsItReadsAll, SearchesUpTheAncestors,
-                            RefusesWhatIsNoHandle);
+REGISTER_TYPED_TEST_SUITE_P(RegistryContract, FindsEntriesByClassByIDAndFromEachOther,
+                            DeliversDeparturesBeforeTheGenerationMovesAndArrivalsAfter);
 
 }  // namespace tavrenix::test

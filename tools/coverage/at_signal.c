@@ -1,6 +1,5 @@
-/* Linked into the programs of a coverage build: what was counted is written also where a signal
- * ends the process, as it does for the watching programs and wherever the program ends itself over
- * a fatal fault. */
+/* Linked into the programs of a coverage build. Writes the counts also if a signal ends the
+ * process, as tests end programs that watch, and if the program aborts after a fatal fault. */
 #include <signal.h>
 #include <stddef.h>
 
@@ -8,7 +7,7 @@ int __llvm_profile_write_file(void) __attribute__((weak));
 
 static void writeAndEnd(int number) {
   if (__llvm_profile_write_file != NULL) __llvm_profile_write_file();
-  raise(number); /* whose handler is the default one by now */
+  raise(number); /* SA_RESETHAND has put the default handler back: this ends the process */
 }
 
 __attribute__((constructor)) static void watchSignals(void) {

@@ -1,8 +1,9 @@
-// Included in front of every source of a mutant build: says which of the changes that were written
-// into the sources is on. No other build sees this file or reads these variables.
+// The compiler includes this before every source of a mutant build. It says which of the changes in
+// the sources is on. No other build uses this file or reads these variables.
 //
-// TAVRENIX_MUTANT is the number of the one change that is on; none is where it is not set.
-// TAVRENIX_MUTANTS_REACHED names a file to which each process adds the numbers of those it reaches.
+// TAVRENIX_MUTANT is the number of the one change that is on. If it is not set, none is.
+// TAVRENIX_MUTANTS_REACHED names a file, to which each process adds the numbers of the changes that
+// it reaches.
 #pragma once
 
 #include <fcntl.h>
@@ -17,7 +18,8 @@ namespace mutant {
 inline constexpr int kMost = 1 << 17;
 inline std::atomic<bool> gReached[kMost];
 
-// Written at once, by a system call alone: a test may end in any way, and may count allocations.
+// Notes that a change has been reached. Writes at once, because the process may end in any way, and
+// allocates nothing, because tests count allocations.
 inline void noteReached(const char* file, int number) noexcept {
   if (gReached[number].exchange(true, std::memory_order_relaxed)) return;
   char line[16];
@@ -27,7 +29,8 @@ inline void noteReached(const char* file, int number) noexcept {
   close(out);
 }
 
-// Ready before any other code of the program runs, since it asks the environment when first called.
+// Returns true if the change is on. Reads the environment at the first call, so it works before
+// main.
 inline bool on(int number) noexcept {
   static const char* const chosen = std::getenv("TAVRENIX_MUTANT");
   static const int theOne = chosen == nullptr ? 0 : std::atoi(chosen);
@@ -36,8 +39,8 @@ inline bool on(int number) noexcept {
   return number == theOne;
 }
 
-// In code that is also run by the compiler, which sees it unchanged.
-// The builtin, since the build system tries the compiler with an older language.
+// The same for constexpr code: while the compiler runs it, no change is on. Uses the builtin,
+// because CMake also tries this file with an older standard than C++20.
 constexpr bool onAtRunTime(int number) noexcept {
   return !__builtin_is_constant_evaluated() && on(number);
 }

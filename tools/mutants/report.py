@@ -1,11 +1,11 @@
-"""What became of the changes, and the list of those that no test notices with the reason for each."""
+"""Reports which changes the tests noticed, and reads the reasons why no test can notice the others."""
 
 import textwrap
 from collections import Counter
 
 
 def read_reasons(path):
-    """Key of a change -> reason. A reason stands at the margin, what it is given for below it, indented."""
+    """Returns the reason for each key of a change. In the file, the keys follow their reason, indented."""
     reasons, reason, open_reason = {}, "", False
     for line in path.read_text(encoding="utf-8").splitlines() if path.exists() else []:
         if not line.strip() or line.startswith("#"):
@@ -33,6 +33,13 @@ def table(mutants, survivors):
     return "\n".join(lines)
 
 
+def too_low(mutants, survivors, share):
+    """Returns the top folders in which the tests notice less than `share` of 100 changes."""
+    total = Counter(one.file.split("/")[0] for one in mutants)
+    alive = Counter(one.file.split("/")[0] for one in survivors)
+    return [name for name in sorted(total) if 100 * (total[name] - alive[name]) < share * total[name]]
+
+
 def show(title, mutants, unreached):
     if not mutants:
         return
@@ -43,7 +50,8 @@ def show(title, mutants, unreached):
 
 
 def report(mutants, survivors, unreached, reasons, share, whole):
-    """Prints everything. Returns the exit status: 1 where fewer than share of 100 are killed."""
+    """Prints the report. Returns the exit status: 1 if the tests notice less than `share` of 100 in a folder, or
+    if all changes were tried and one that survives has no reason."""
     print("\n" + table(mutants, survivors))
     by_reason = {}
     for one in survivors:
@@ -65,7 +73,9 @@ def report(mutants, survivors, unreached, reasons, share, whole):
         print("\nTheir lines for that list:")
         print("\n".join(f"  {one.key}" for one in new))
     count = len(mutants)
-    enough = 100 * (count - len(survivors)) >= share * count
     killed = count - len(survivors)
     print(f"\n{killed} of {count} changes were noticed by the tests, {len(new)} survivors have no reason")
-    return 0 if enough and not (whole and new) else 1
+    low = too_low(mutants, survivors, share)
+    if low:
+        print(f"Fewer than {share} of 100 in: {' '.join(low)}")
+    return 1 if low or (whole and new) else 0

@@ -1,4 +1,4 @@
-"""Writes changes into a text, each behind its switch, and takes out those that the compiler refuses."""
+"""Writes changes into sources, each behind its switch, and takes out those that the compiler refuses."""
 
 import concurrent.futures
 import json
@@ -10,13 +10,13 @@ from clang.cindex import Index, TranslationUnit
 
 import sites
 
-MOST_OF_A_FILE = 1000  # numbers, so that a change of one file leaves the others as they are
+MOST_OF_A_FILE = 1000  # the numbers of a file, so that a change of one file does not renumber the others
 
 
 def rewritten(text, mutants):
-    """The text with all the changes in it, and where each of them lies there."""
+    """Returns the text with all changes in it, and the range of each change in that text."""
     edits = []
-    # Outer parts open first and close last.
+    # If one change lies within another, the outer one opens first and closes last.
     for rank, one in enumerate(sorted(mutants, key=lambda m: (m.start, -m.end))):
         call = f"::mutant::{'onAtRunTime' if one.constexpr else 'on'}({one.number})"
         edits.append(((one.start, 1, rank), one.before.replace("%s", call), one, 0))
@@ -41,7 +41,7 @@ def number(mutants_of_files):
 
 
 def commands(build):
-    """Each source of a build by its path, and the options with which it is compiled."""
+    """Returns the compiler options of each source of a build, by its path."""
     found = {}
     for entry in json.loads((build / "compile_commands.json").read_text()):
         words = shlex.split(entry["command"])
@@ -67,14 +67,16 @@ def found_in(source, options, texts):
 
 
 def refused_in(source, options, contents):
-    """Where the compiler finds errors: path and offset."""
+    """Returns the path, offset and text of each error that the compiler finds."""
     unit = parse(source, options, contents)
     return [(one.location.file.name if one.location.file else "", one.location.offset, one.spelling)
             for one in unit.diagnostics if one.severity >= 3]
 
 
 class Rewriter:
-    """texts: path -> (name, bytes) of what may be changed; compiled: source -> options."""
+    """Finds the changes and writes them. texts: path -> (name, bytes) of the files that may be changed.
+
+    compiled: source -> its compiler options."""
 
     def __init__(self, texts, compiled):
         self.texts = texts
@@ -83,7 +85,7 @@ class Rewriter:
         self.refused = []
 
     def run(self):
-        """The new bytes of each file."""
+        """Returns the new bytes of each file."""
         with concurrent.futures.ProcessPoolExecutor(min(2, os.cpu_count() or 1)) as pool:
             self.collect(pool)
             return self.settle(pool)

@@ -1,4 +1,4 @@
-"""Finds what can be changed in a source: walks its syntax tree and proposes one change after another."""
+"""Finds the changes that can be made in a source, by a walk over its syntax tree."""
 
 import re
 from dataclasses import dataclass
@@ -24,7 +24,7 @@ JUMPS = {K.BREAK_STMT, K.CONTINUE_STMT}
 
 @dataclass
 class Mutant:
-    """One change: text to put in front of and behind a part of a file, which is switched on by a number."""
+    """One change of a part of a file: the text to put before and after the part. Its number switches it on."""
     file: str
     start: int
     end: int
@@ -63,7 +63,7 @@ def qualified(cursor):
 
 
 def bare(cursor):
-    """The expression without its parentheses and conversions."""
+    """Returns the expression without its parentheses and conversions."""
     while cursor.kind in (K.UNEXPOSED_EXPR, K.PAREN_EXPR):
         inner = list(cursor.get_children())
         if len(inner) != 1 or not inner[0].kind.is_expression():
@@ -85,7 +85,7 @@ class Finder:
         return self.text[start:end].decode()
 
     def add(self, start, end, before, after, changed, context):
-        """changed: what stands in the place of the part when the change is on."""
+        """Adds a change. changed: the text that replaces the part while the change is on."""
         head = self.text.rfind(b"\n", 0, start) + 1
         tail = self.text.find(b"\n", end)
         was = one_line(self.part(head, tail))
@@ -178,14 +178,14 @@ class Finder:
         value = int(re.sub(r"[uUlLzZ']", "", text), 0) if text != "0" else 0
         changed = {0: "1", 1: "0"}.get(value, f"{text} + 1")
         target = parent.type.get_canonical()
-        # Narrowing is an error between braces unless the type is the right one already.
+        # A narrowing conversion between braces is an error, so cast to the type that is wanted there.
         kind = target.spelling if parent.kind == K.UNEXPOSED_EXPR and TypeKind.BOOL.value < target.kind.value \
             <= TypeKind.INT128.value else "decltype(" + text + ")"
         self.add(start, end, f"static_cast<{kind}>(%s ? ({changed}) : (", "))", changed, context)
 
     def condition(self, cursor, children, context):
         if cursor.kind == K.FOR_STMT:
-            # Of for (init; condition; step), which may all be missing, the one between two semicolons.
+            # In for (init; condition; step) each part may be missing: the first boolean expression is the condition.
             inside = [child for child in children[:-1] if child.kind.is_expression()
                       and child.type.kind == TypeKind.BOOL]
             if inside:
@@ -249,7 +249,7 @@ class Finder:
 
 
 def find(unit, texts, finders):
-    """Adds what can be changed in a parsed unit. texts: the files that may be changed, by path, and their bytes."""
+    """Adds the changes in a parsed unit to `finders`. texts: the bytes of the files that may be changed, by path."""
     for cursor in unit.cursor.get_children():
         file = cursor.location.file and cursor.location.file.name
         if file in texts:

@@ -9,13 +9,13 @@ import time
 from dataclasses import dataclass, field
 from pathlib import Path
 
-SLOW = 10.0  # seconds; a test that takes longer is left out
-MEMORY = 4 << 30  # bytes of addresses: a change may make a loop that allocates for ever
+SLOW = 10.0  # seconds; tests that take longer are left out
+MEMORY = 4 << 30  # bytes of address space: a change may cause an endless loop that allocates
 
 
 @dataclass
 class Test:
-    """A test that runs by itself. name: of a GoogleTest program's test, or None for a script of commands."""
+    """A test that can run alone. name: that of a test in a GoogleTest program, or None for a script of commands."""
     command: list
     name: str = None
     seconds: float = 0
@@ -24,11 +24,11 @@ class Test:
 
 class Runner:
     def __init__(self, folder, path):
-        self.folder = folder  # for what the tests leave behind
-        self.path = path  # of programs, in front of the environment's
+        self.folder = folder  # the working folder of the tests
+        self.path = path  # the folder to put in front of PATH
 
     def run(self, command, timeout, **variables):
-        """Whether it succeeds in time, and how long it took. All that it started is gone afterwards."""
+        """Runs the command. Returns whether it succeeded in time, and its seconds. Ends all that it started."""
         self.folder.mkdir(parents=True, exist_ok=True)
         environment = {**os.environ, "PATH": f"{self.path}:{os.environ['PATH']}", "TMPDIR": str(self.folder),
                        **{name: str(value) for name, value in variables.items()}}
@@ -63,7 +63,7 @@ def end_group(process):
 
 
 def tests_of(program):
-    """The tests of a GoogleTest program, by their full names."""
+    """Returns the tests of a GoogleTest program, with their full names."""
     listed = subprocess.run([program, "--gtest_list_tests"], stdout=subprocess.PIPE, check=True, text=True).stdout
     suite, found = "", []
     for line in listed.splitlines():
@@ -80,9 +80,10 @@ def alone(test):
 
 
 def reach(runner, test, number):
-    """Notes which changes the test reaches, and how long it takes. False where it fails as it is.
+    """Notes which changes the test reaches, and its seconds. Returns false if it fails although no change is on.
 
-    It may fail while it is watched: one that allows itself no more files is then known for what it reached before."""
+    The run that records changes may fail, for instance if the test forbids itself to open files. Then only the changes
+    that it reached before are known."""
     record = runner.folder / f"reached-{number}"
     record.unlink(missing_ok=True)
     runner.run(alone(test), 300, TAVRENIX_MUTANTS_REACHED=record)
@@ -94,7 +95,7 @@ def reach(runner, test, number):
 
 
 def batches(tests):
-    """One command for all tests of a program, in the order of the tests; and how long they take together."""
+    """Returns one command for all these tests of each program, with their seconds. The quickest comes first."""
     groups = {}
     for test in tests:
         groups.setdefault(tuple(test.command) if test.name else id(test), []).append(test)
@@ -105,11 +106,11 @@ def batches(tests):
             names = ":".join(test.name for test in group)
             command = command + [f"--gtest_filter={names}", "--gtest_fail_fast"]
         found.append((sum(test.seconds for test in group), command))
-    return found
+    return sorted(found, key=lambda batch: batch[0])  # many changes are noticed by the quickest
 
 
 def is_killed(runner, number, tests):
-    """Whether one of the tests notices the change, twice. A test that hangs has noticed it as well."""
+    """Returns true if a command fails twice with the change on. A test that hangs counts as failed."""
     def fails(command, seconds):
         return not runner.run(command, 10 + 5 * seconds, TAVRENIX_MUTANT=number)[0]
 

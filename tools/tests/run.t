@@ -16,6 +16,11 @@ Every verb that is listed has its function:
   >   grep -q "^check_$step()" "$TESTDIR/../check.sh" || echo "no function: $step"
   > done
 
+What is installed is hardened:
+
+  $ sed -n '/^verb_install()/,/^}/p' "$run" | grep -o 'TAVRENIX_HARDEN=ON'
+  TAVRENIX_HARDEN=ON
+
 What it does not know is refused before anything is done:
 
   $ "$run" frobnicate

@@ -1,58 +1,77 @@
 # shellcheck shell=busybox
-# How a scenario states what it expects. Every check prints one line, "ok NAME" or "not ok NAME: ...", to descriptor 3.
+# The checks of a scenario. Each prints one line, "ok NAME" or "not ok NAME: ...", to descriptor 3.
 
 ok() { echo "ok $1" >&3; }
-
 not_ok() { echo "not ok $1: $(echo "$2" | tr '\n' '|')" >&3; }
 
-# say TEXT...: told beside the checks, neither passed nor failed.
+# say TEXT...: prints a figure, which neither passes nor fails.
 say() { echo "  $*" >&3; }
 
-# same NAME EXPECTED ACTUAL
+# same NAME EXPECTED ACTUAL: passes if the two texts are the same.
 same() {
   if [ "$2" = "$3" ]; then ok "$1"; else not_ok "$1" "expected [$2], came [$3]"; fi
 }
 
-# differ NAME UNWANTED ACTUAL
-differ() {
-  if [ "$2" != "$3" ]; then ok "$1"; else not_ok "$1" "came [$3], which it was not to be"; fi
-}
-
-# has NAME PATTERN TEXT: some line of the text matches the extended pattern.
+# has NAME PATTERN TEXT: passes if a line of the text matches the extended pattern.
 has() {
   if echo "$3" | grep -qE -- "$2"; then ok "$1"; else not_ok "$1" "expected a line like [$2], came [$3]"; fi
 }
 
-# at_most NAME LIMIT NUMBER
+# at_most NAME LIMIT NUMBER: passes if the number is from 1 to the limit.
 at_most() {
-  if [ "$3" -le "$2" ]; then ok "$1 ($3, at most $2)"; else not_ok "$1" "expected at most $2, came $3"; fi
+  if [ "$3" -gt 0 ] && [ "$3" -le "$2" ]; then ok "$1: $3, at most $2"; else not_ok "$1" "expected 1 to $2, came $3"; fi
 }
 
-# agree NAME EXPECTED-FILE ACTUAL-FILE: one check for each line that either file has; both are sorted first.
-# A line is a fact about one unit or one path. No line at all is a failure, not agreement.
+# agree NAME EXPECTED ACTUAL: passes if two files have the same lines in any order. Makes a check of each line.
 agree() {
-  if [ ! -s "$2" ]; then
-    not_ok "$1" "nothing to compare with"
-    return
-  fi
-  sort "$2" >/tmp/agree.expected
-  sort "$3" >/tmp/agree.actual
+  [ -s "$2" ] || not_ok "$1" "nothing to compare with"
   awk -v name="$1" '
-    NR == FNR { expected[$0]++; order[++n] = $0; next }
+    NR == FNR { expected[$0]++; next }
     expected[$0] > 0 { expected[$0]--; print "ok " name ": " $0; next }
     { print "not ok " name ": came, but not expected: " $0 }
-    END { for (i = 1; i <= n; i++) if (expected[order[i]]-- > 0) print "not ok " name ": expected, but did not come: " order[i] }
-  ' /tmp/agree.expected /tmp/agree.actual >&3
+    END { for (line in expected) if (expected[line] > 0) print "not ok " name ": expected, but did not come: " line }
+  ' "$2" "$3" >&3
 }
 
-# until_true SECONDS COMMAND...: tries ten times a second; its status is that of the last try.
+# until_true SECONDS COMMAND...: tries the command ten times a second. Returns the status of the last try.
 until_true() {
   local tries=$(($1 * 10))
   shift
-  while [ "$tries" -gt 0 ]; do
-    "$@" >/dev/null 2>&1 && return 0
+  while ! "$@" >/dev/null 2>&1; do
+    [ "$tries" -gt 0 ] || return 1
     sleep 0.1
     tries=$((tries - 1))
   done
-  "$@" >/dev/null 2>&1
+}
+
+# start_load DEVICE: starts a load that notices a lost write, a wrong byte or an I/O error. Each pass writes 64 kB past
+# the cache and reads them back.
+start_load() {
+  touch /tmp/load.run
+  (
+    pass=0
+    while [ -e /tmp/load.run ]; do
+      pass=$((pass + 1))
+      awk -v pass="$pass" 'BEGIN { for (i = 0; i < 4096; i++) printf "%07d %07d\n", pass, i }' >/tmp/load.out
+      dd if=/tmp/load.out of="$1" bs=64k seek=$((pass % 32)) oflag=direct conv=notrunc 2>/tmp/load.error &&
+        dd if="$1" of=/tmp/load.in bs=64k skip=$((pass % 32)) count=1 iflag=direct 2>/tmp/load.error &&
+        cmp -s /tmp/load.out /tmp/load.in && echo good || echo "pass $pass: $(cat /tmp/load.error)"
+    done >/tmp/load.log
+  ) &
+  load=$!
+  load_goes_on "the load on $1 begins"
+}
+
+has_passed() { [ "$(grep -cx good /tmp/load.log)" -ge "$1" ]; }
+
+# load_goes_on NAME: passes if two more passes of the load succeed within 20 seconds.
+load_goes_on() {
+  until_true 20 has_passed $(($(grep -cx good /tmp/load.log) + 2)) && ok "$1: the load goes on" ||
+    not_ok "$1: the load goes on" "$(tail -n 1 /tmp/load.log)"
+}
+
+stop_load() {
+  rm -f /tmp/load.run
+  wait "$load"
+  same "$1: errors and wrong bytes" "" "$(grep -vx good /tmp/load.log | head -n 3)"
 }

@@ -1,16 +1,84 @@
 # shellcheck shell=busybox
-# Paths and units come and go while examples/watch.c listens: each change is told once. First with the kernel's own
-# events, then with those that udev sends on, and then where the daemon makes the maps.
-modprobe -a dm_mod dm_multipath dm_service_time scsi_dh_alua sd_mod
+# Paths and units come and go while examples/watch.c listens: each change is reported once. First with the kernel's own
+# events, then with those that udev sends on.
+
+# Lines are compared as "+unit IDENTIFIER", "-path IDENTIFIER" and so on.
+start_watch() {
+  expected=0
+  tavrenix-watch >/tmp/watched 2>&1 &
+  watcher=$!
+}
+
+stop_watch() {
+  same "$1: the watch goes on to the end" "" "$(kill "$watcher" 2>&1)"
+  wait "$watcher"
+}
+
+lines_are() { [ "$(wc -l </tmp/watched)" -ge "$1" ]; }
+
+# reported NAME LINES: passes if exactly these lines have come since the last call, in any order, and none follows soon.
+reported() {
+  local before=$expected
+  expected=$((expected + $(echo "$2" | grep -c .)))
+  until_true 30 lines_are "$expected"
+  sleep 1
+  same "$1" "$(echo "$2" | grep . | sort)" "$(tail -n +$((before + 1)) /tmp/watched |
+    awk '{ print (/Disappeared/ ? "-" : "+") (/ Path / ? "path" : "unit"), $NF }' | sort)"
+  expected=$(wc -l </tmp/watched)
+}
+
+# unit_lines SIGN MAP: prints the lines of a unit and of all its paths.
+unit_lines() {
+  echo "$1unit $(identifier "$2")"
+  for disk in $(disks_of "$2"); do echo "$1path $(path_id "$disk")"; done
+}
+
+# remove_path MAP: removes the first disk of the map. Sets `path` to its line and `host` to its host.
+remove_path() {
+  local disk
+  disk=$(first_disk "$1")
+  path="path $(path_id "$disk")" host=$(address_of "$disk" | cut -d: -f1)
+  echo 1 >"/sys/block/$disk/device/delete"
+}
+
+add_disk() {
+  echo '- - -' >"/sys/class/scsi_host/host$host/scan"
+  until_true 20 disk_count_is 4
+}
+
+# changes_by_hand NAME: on mpatha and mpathb, two paths each.
+changes_by_hand() {
+  local lines wwid
+  start_watch
+  reported "$1: what is present" "$(unit_lines + mpatha; unit_lines + mpathb)"
+  remove_path mpatha
+  reported "$1: a path is removed" "-$path"
+  add_disk
+  reported "$1: a disk that is in no map comes" ""
+  table_of "$(wwid_of mpatha)" | dmsetup reload mpatha
+  dmsetup resume mpatha
+  reported "$1: the path is added again" "+$path"
+  dmsetup suspend mpatha
+  dmsetup resume mpatha
+  reported "$1: events without a change" ""
+  lines=$(unit_lines - mpathb) wwid=$(wwid_of mpathb)
+  dmsetup remove mpathb
+  reported "$1: a unit is removed" "$lines"
+  dmsetup create mpathb -u "mpath-$wwid" --notable
+  reported "$1: a map without a table" ""
+  table_of "$wwid" | dmsetup load mpathb
+  dmsetup resume mpathb
+  reported "$1: the unit is added again" "$(unit_lines + mpathb)"
+}
+
+load_drivers
 export DM_DISABLE_UDEV=1
 debug_units 2 2
 maps_by_hand
 changes_by_hand "kernel's events"
 
-# Events of the kernel that some socket had no room for.
+# While the watch is stopped, more events come than the socket holds. The one that matters is among the lost ones.
 lost_events() { awk '$2 == 15 { drops += $9 } END { print drops + 0 }' /proc/net/netlink; }
-
-# More events than the socket holds while the watch is stopped, the one that matters among those lost.
 kill -STOP "$watcher"
 rounds=0
 until [ "$(lost_events)" -gt 0 ] || [ $rounds -eq 40 ]; do
@@ -20,30 +88,27 @@ done
 remove_path mpatha
 has "more events than the socket holds: some were lost" '^[1-9]' "$(lost_events)"
 kill -CONT "$watcher"
-told "more events than the socket holds" "-$path"
+reported "more events than the socket holds" "-$path"
 stop_watch "kernel's events"
-dmsetup remove mpatha
-add_disk 4
+dmsetup remove_all
+add_disk
 
 unset DM_DISABLE_UDEV
 start_udev
-dmsetup remove mpathb
 maps_by_hand
 changes_by_hand "udev's events"
-stop_watch "udev's events"
 
-dmsetup remove_all
-start_daemon 2
-start_watch
-told "daemon: what is present" "$(unit_lines + mpatha; unit_lines + mpathb)"
+# While udevd does not answer, and after it has gone, the kernel's events count; when it is back, none counts twice.
+udevd=$(pidof systemd-udevd)
+kill -STOP "$udevd"
 remove_path mpatha
-told "daemon: a path is removed" "-$path"
-add_disk 4
-told "daemon: the path is added again" "+$path"
-lines=$(unit_lines - mpathb)
-multipathd remove map mpathb >/dev/null
-told "daemon: a unit is removed" "$lines"
-multipathd reconfigure >/dev/null
-until_true 60 map_count_is 2
-told "daemon: the unit is added again" "$(unit_lines + mpathb)"
-stop_watch "daemon"
+reported "udevd is stopped: a path is removed" "-$path"
+kill -CONT "$udevd"
+reported "udevd goes on" ""
+kill -KILL "$udevd"
+path=path\ $(path_id "$(first_disk mpathb)")
+echo 1 >"/sys/block/$(first_disk mpathb)/device/delete"
+reported "udevd was killed: a path is removed" "-$path"
+start_udev
+reported "udevd is started again" ""
+stop_watch "udev's events"

@@ -1,0 +1,31 @@
+Help, version and wrong words, of both programs.
+
+  $ . "$TESTDIR/setup.sh"
+  $ for program in tavrenix-monitor tavrenix-lab-monitor; do $program --help | head -n 1; $program --version; done
+  usage: tavrenix-monitor [VERB] [OPTION]...
+  tavrenix-monitor \d+\.\d+\.\d+ (re)
+  usage: tavrenix-lab-monitor IMAGE [VERB] [OPTION]...
+  tavrenix-lab-monitor \d+\.\d+\.\d+ (re)
+  $ while read -r words; do monitor "$samples/small.json" $words ; [ $? = 2 ] || echo "another status"; done 2>&1 <<'END'
+  > jsn
+  > json extra
+  > json --watch
+  > json --watch 0
+  > json --units --paths
+  > baseline record
+  > picture --format png
+  > top --count 2
+  > top --batch --sort size
+  > END
+  tavrenix-lab-monitor: there is no verb jsn; see --help
+  tavrenix-lab-monitor: unexpected argument extra; see --help
+  tavrenix-lab-monitor: the option --watch needs a value; see --help
+  tavrenix-lab-monitor: --watch must be a number from 1 to 86400, not 0
+  tavrenix-lab-monitor: give --units or --paths, not both
+  tavrenix-lab-monitor: baseline takes record, show or diff, and a file; see --help
+  tavrenix-lab-monitor: --format must be text, svg, dot or html, not png
+  tavrenix-lab-monitor: --count is for --batch alone; give both
+  tavrenix-lab-monitor: --sort must be name, bytes, read, written, commands, skew, changed or health, not size
+  $ monitor none.json json
+  tavrenix-lab-monitor: none.json: cannot be opened: No such file or directory
+  [2]

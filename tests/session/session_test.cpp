@@ -1,0 +1,98 @@
+// Sessions that follow from seeds, and clients on threads of their own.
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "tests/library/failing_new.hpp"
+#include "tests/session/client_session.hpp"
+
+namespace tavrenix::test {
+namespace {
+
+TEST(Session, OfAnySeedKeepsWhatTheLibraryPromisesAndLeavesNothing) {
+  std::size_t live = 0;
+  for (std::uint64_t seed = 0; seed < 400; ++seed) {
+    std::cout << "seed " << seed << std::endl;  // for the one that ends the process
+    {
+      Choices choices(seed);
+      runSession(choices, 100, 100 * (seed % 3));
+    }
+    if (seed < 20) live = std::max(live, liveAllocations.load());  // what is made once and kept
+  }
+  // Threads of queues end in their own time.
+  for (int i = 0; i < 5000 && liveAllocations > live; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  EXPECT_LE(liveAllocations, live);
+}
+
+constexpr std::size_t kRounds = 40;
+constexpr Shape kShape{.units = 8, .paths = 4, .volumes = 1};
+
+// Expects of each entry an arrival and a departure per round, in turns and with the same handle.
+void expectEveryEvent(const std::vector<Event>& events) {
+  std::map<EntryID, std::vector<Event>> byEntry;
+  for (const Event& event : events) byEntry[event.id].push_back(event);
+  ASSERT_EQ(byEntry.size(), kShape.units * (1 + kShape.paths));
+  for (const auto& [id, ofEntry] : byEntry) {
+    ASSERT_EQ(ofEntry.size(), kRounds * 2) << id;
+    for (std::size_t i = 0; i < ofEntry.size(); ++i) {
+      ASSERT_EQ(ofEntry[i].kind, ofEntry[i % 2].kind) << id;
+      ASSERT_EQ(ofEntry[i].handle, ofEntry[i - i % 2].handle) << id;
+    }
+    ASSERT_NE(ofEntry[0].kind, ofEntry[1].kind) << id;
+  }
+}
+
+TEST(Session, OnSeveralThreadsHearsEachArrivalAndDepartureOnce) {
+  LibraryHost host;
+  memory::MemoryHost& storage = host->memory;
+  QueueClient onQueue;
+  ASSERT_TRUE(onQueue.start());
+  std::promise<ObRunLoopRef> loop;
+  std::vector<Event> onLoopEvents;
+  std::thread listening([&] {
+    RunLoopClient onLoop;
+    EXPECT_TRUE(onLoop.start());
+    ObRetain(ObRunLoopGetCurrent());
+    loop.set_value(ObRunLoopGetCurrent());
+    ObRunLoopRun();
+    onLoopEvents.swap(onLoop.events);
+  });
+  const Owned<ObRunLoopRef> running(loop.get_future().get());
+  std::mutex serial;  // clients serialise their calls, and what moves the generation
+  std::atomic<bool> done{false};
+  std::thread asking([&] {
+    while (!done) {
+      const std::lock_guard lock(serial);
+      useAll(Handles().units);
+    }
+  });
+  const auto settle = [&] {
+    while (!storage.registry().notificationsAreSettled()) std::this_thread::yield();
+  };
+  for (std::size_t round = 0; round < kRounds; ++round) {
+    {
+      const std::lock_guard lock(serial);
+      addUnits(storage, kShape);
+    }
+    settle();
+    for (std::uint64_t unit = 0; unit < kShape.units; ++unit) {
+      removeUnit(storage, unit, kShape.paths);
+    }
+    settle();
+    const std::lock_guard lock(serial);
+    touch(storage);
+  }
+  done = true;
+  asking.join();
+  ObRunLoopStop(running.get());
+  listening.join();
+  onQueue.stop();
+  expectEveryEvent(onQueue.take());
+  expectEveryEvent(onLoopEvents);
+  EXPECT_EQ(storage.registry().openHandles(), 0u);
+}
+
+}  // namespace
+}  // namespace tavrenix::test
