@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <future>
+#include <mutex>
 #include <thread>
 
 #include "runtime/c/c_bridge.hpp"
@@ -62,6 +63,7 @@ TEST(DispatchQueue, RunsItsTasksInOrderWithoutSignalsAndOutlivesItsRelease) {
 struct Source {
   int references = 0;
   int performed = 0;
+  std::mutex mutex;
   std::string modes;  // "+Mode " for each schedule, "-Mode " for each cancel
   std::function<void()> onPerform = [] {};
   ObRunLoopSourceRef source = nullptr;
@@ -87,7 +89,9 @@ struct Source {
   }
   bool add(ObStringRef mode) { return ObRunLoopAddSource(ObRunLoopGetCurrent(), source, mode); }
   void signal() { ObRunLoopSourceSignal(source); }
+  // One thread may schedule while another cancels.
   void note(const char* sign, ObStringRef mode) {
+    const std::lock_guard lock(mutex);
     modes += sign + std::string(ObStringGetUTF8(mode));
   }
   static Source& of(void* info) { return *static_cast<Source*>(info); }
