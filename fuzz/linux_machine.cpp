@@ -117,7 +117,7 @@ void tavrenix::fuzz::run(std::string_view bytes) {
   static const Files files;
   FuzzedDataProvider input(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
   test::FakeDeviceMapper driver;
-  driver.tellsMoves = true;
+  driver.tellsChanges = true;
   auto& map = addMap(driver, input);
   test::FakeDaemon daemon;
   answer(daemon, input.ConsumeRandomLengthString(64));

@@ -137,7 +137,7 @@ void Announcements::forgetEntries() {
   known_.reset();
 }
 
-bool Announcements::areSettled() {
+bool Announcements::areDelivered() {
   const Lock lock(mutex_);
   return std::all_of(registrations_.begin(), registrations_.end(), [](const auto& one) {
     return (one->armed && one->queued.empty()) || one->port->isDestroyed();

@@ -75,7 +75,7 @@ class Announcements {
   void forgetEntries() OB_EXCLUDES(mutex_);
   // Returns true if the client of every registration with a live port has read its queue to the
   // end.
-  bool areSettled() OB_EXCLUDES(mutex_);
+  bool areDelivered() OB_EXCLUDES(mutex_);
 
  private:
   using Present = std::vector<Entry>;

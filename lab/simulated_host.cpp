@@ -5,8 +5,8 @@
 #include <system_error>
 
 #include "lab/driver.hpp"
-#include "lab/image/doubts.hpp"
 #include "lab/image/image_file.hpp"
+#include "lab/image/image_warnings.hpp"
 #include "runtime/byte_text.hpp"
 
 namespace tavrenix::lab {
@@ -65,10 +65,10 @@ std::vector<std::string> SimulatedHost::load(const std::string& path) {
   try {
     std::string real = resolved(path);
     const std::string text = readImageFile(real);
-    adopt(parse(text), true);
+    replaceImage(parse(text), true);
     path_ = path;
     resolvedPath_ = std::move(real);
-    std::vector<std::string> warnings = doubtsAbout(image_, text);
+    std::vector<std::string> warnings = warningsAbout(image_, text);
     for (std::string& warning : warnings)
       warning.insert(0, ob::escaped(path, 1024) + ": warning: ");
     return warnings;
@@ -105,7 +105,7 @@ std::vector<Entry> SimulatedHost::entriesToAnnounce(Registry& registry) {
 bool SimulatedHost::publishReloaded() {
   const Lock lock(changing_);
   if (lookedAt_ != version_) return false;
-  if (reloaded_ && reloaded_->text() != image_.text()) adopt(std::move(*reloaded_), true);
+  if (reloaded_ && reloaded_->text() != image_.text()) replaceImage(std::move(*reloaded_), true);
   reloaded_.reset();
   return true;
 }
@@ -121,7 +121,7 @@ KernelStatus SimulatedHost::write(EntryID entryID, const ob::String& name,
     if (status == kSuccess) status = actOnWrite(next, entryID, name, value);
     // After a refusal the file stays as it is, unless the status was taken out of "writeStatuses".
     if (ordered || status == kSuccess) locked.replace(next.text());
-    adopt(std::move(next), status == kSuccess);
+    replaceImage(std::move(next), status == kSuccess);
     return status;
   } catch (const std::system_error& error) {
     report_(named(path_, error).what());
@@ -132,7 +132,7 @@ KernelStatus SimulatedHost::write(EntryID entryID, const ob::String& name,
   }
 }
 
-void SimulatedHost::adopt(Image next, bool moved) {
+void SimulatedHost::replaceImage(Image next, bool newGeneration) {
   const auto stays = [](const ImageEntry& entry, const Image& image) {
     const ImageEntry* found = image.find(entry.id);
     return found != nullptr && found->className == entry.className;
@@ -152,18 +152,18 @@ void SimulatedHost::adopt(Image next, bool moved) {
   memory_.setEffectiveUser(next.effectiveUser());
   memory_.details()->setHost(hostDetails(next));
   // Last, because clients scan once the generation has changed.
-  memory_.tunable().setGeneration(generationOf(next, moved));
+  memory_.tunable().setGeneration(generationOf(next, newGeneration));
   image_ = std::move(next);
   reloaded_.reset();  // it was older than `next`
   ++version_;
 }
 
-std::uint32_t SimulatedHost::generationOf(const Image& next, bool moved) {
+std::uint32_t SimulatedHost::generationOf(const Image& next, bool newGeneration) {
   if (next.generation() == 0) return 0;  // a driver that is not ready, on purpose
   const std::uint32_t shown = memory_.tunable().generation();
   const bool asBefore = next.generation() == image_.generation() && shown != 0;
   const std::uint32_t wanted = asBefore ? shown : next.generation();
-  if (!moved && wanted == shown) return shown;
+  if (!newGeneration && wanted == shown) return shown;
   // Never returns a number that was shown before: a client that has seen it would not scan again.
   // After the largest number comes 1.
   newest_ = wanted > newest_ ? wanted : std::max(newest_ + 1, 1U);

@@ -43,9 +43,9 @@ class SimulatedHost {
   KernelStatus write(EntryID entryID, const ob::String& name, const ob::Object& value)
       OB_EXCLUDES(changing_);
   // Shows `next` instead of image_. Entries with the same ID and class are updated; the others are
-  // removed and added. If `moved`, the generation becomes one that was not shown before.
-  void adopt(Image next, bool moved) OB_REQUIRES(changing_);
-  std::uint32_t generationOf(const Image& next, bool moved) OB_REQUIRES(changing_);
+  // removed and added. If `newGeneration`, the generation becomes one that was not shown before.
+  void replaceImage(Image next, bool newGeneration) OB_REQUIRES(changing_);
+  std::uint32_t generationOf(const Image& next, bool newGeneration) OB_REQUIRES(changing_);
   // Returns the image in the text. Errors: throws ImageError if this host cannot show it.
   Image parse(std::string_view text) const OB_REQUIRES(changing_);
   void remove(const ImageEntry& entry);

@@ -15,7 +15,7 @@ const ob::Error* MPIOErrorCreate(std::string_view message, MPIOErrorCode code,
     userInfo = builder.build();
   }
   return ob::Pool::keep(
-      ob::make<ob::Error>(ob::String::makeASCII(message), code, std::move(userInfo)));
+      ob::make<ob::Error>(ob::String::makeUnchecked(message), code, std::move(userInfo)));
 }
 
 }  // namespace tavrenix

@@ -34,7 +34,7 @@ ob::Ref<const ob::String> identifierText(const ob::Data& identifier) {
   }
   std::array<char, 2 * kMaximumIdentifierBytes> text;
   const char* end = ob::writeHexadecimal(identifier.bytes(), text.data());
-  return ob::String::makeASCII({text.data(), end});
+  return ob::String::makeUnchecked({text.data(), end});
 }
 
 ob::Ref<const ob::String> identifierFromProperties(const ob::Dictionary* properties,

@@ -6,7 +6,7 @@
 
 namespace ob {
 
-Ref<String> String::makeASCII(std::string_view text) {
+Ref<String> String::makeUnchecked(std::string_view text) {
   void* memory = String::operator new(sizeof(String), text.size() + 1);
   char* chars = static_cast<char*>(memory) + sizeof(String);
   std::copy(text.begin(), text.end(), chars);
@@ -16,7 +16,7 @@ Ref<String> String::makeASCII(std::string_view text) {
 
 Ref<String> String::make(std::string_view text) {
   if (!isUTF8(text)) return nullptr;
-  return makeASCII(text);
+  return makeUnchecked(text);
 }
 
 bool String::equals(const Object& other) const noexcept {

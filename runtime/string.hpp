@@ -13,7 +13,7 @@ class String final : public Object {
   // Returns a string with a copy of the text, or none if the text is not UTF-8.
   static Ref<String> make(std::string_view text);
   // Returns a string with a copy of the text, which is not checked. REQUIRES: text is UTF-8.
-  static Ref<String> makeASCII(std::string_view text);
+  static Ref<String> makeUnchecked(std::string_view text);
   // For OB_CONSTANT_STRING: borrows the literal.
   constexpr explicit String(std::string_view literal) noexcept
       : Object(Immortal{}), chars_(literal.data()), size_(literal.size()) {}

@@ -60,7 +60,7 @@ class MemoryRegistry : public Backing, public BackedRegistry {
     MemoryRegistry& registry_;
   };
   // Returns true if the clients have read all of their notifications.
-  bool notificationsAreSettled() { return announcements().areSettled(); }
+  bool notificationsAreDelivered() { return announcements().areDelivered(); }
 
  protected:
   // Returns the name of a class, which is made if it is new. The text lives as long as the

@@ -157,11 +157,11 @@ std::string readImageFile(const std::string& path) {
   return readAll(opened(path, O_RDONLY | O_NONBLOCK, "cannot be opened"));
 }
 
-LockedImageFile::LockedImageFile(std::string path, std::chrono::milliseconds patience)
+LockedImageFile::LockedImageFile(std::string path, std::chrono::milliseconds timeout)
     : path_(std::move(path)) {
   using Clock = std::chrono::steady_clock;
   constexpr std::chrono::milliseconds kPause(2);
-  const Clock::time_point deadline = Clock::now() + patience;
+  const Clock::time_point deadline = Clock::now() + timeout;
   while (!(file_ = lockedFile(path_))) {
     if (Clock::now() >= deadline) throwErrno("is kept locked by another program", EBUSY);
     std::this_thread::sleep_for(kPause);

@@ -24,13 +24,13 @@ std::string readImageFile(const std::string& path);
 // it.
 class LockedImageFile {
  public:
-  static constexpr std::chrono::seconds kPatience{10};
+  static constexpr std::chrono::seconds kLockTimeout{10};
 
   // REQUIRES: path is resolved.
-  // Errors: EBUSY if other processes keep the file locked for longer than `patience`; EACCES if the
+  // Errors: EBUSY if other processes keep the file locked for longer than `timeout`; EACCES if the
   // caller may not write to the file; ImageError if the file has a second hard link, which would
   // keep the old text.
-  explicit LockedImageFile(std::string path, std::chrono::milliseconds patience = kPatience);
+  explicit LockedImageFile(std::string path, std::chrono::milliseconds timeout = kLockTimeout);
 
   std::string read() const;
 

@@ -27,7 +27,7 @@ constexpr int kEventFlagsShift = 16;
 constexpr std::size_t kListBytes = 65536;
 
 constexpr const char* kControlFile = "/dev/mapper/control";
-constexpr std::chrono::seconds kChangePatience(10);  // multipathd may take 5 seconds for a path
+constexpr std::chrono::seconds kChangeTimeout(10);  // multipathd may take 5 seconds for a path
 constexpr std::chrono::milliseconds kLockPoll(5);
 
 // The node of the control file proves nothing: it exists without the driver, and opening it would
@@ -53,13 +53,13 @@ std::optional<MultipathStatus> statusOf(const MapLines& lines) {
   return target == nullptr ? std::nullopt : parseMultipathStatus(target->line);
 }
 
-Answer<ChangeLock> lockFile(const char* path, std::chrono::milliseconds patience) {
+Answer<ChangeLock> lockFile(const char* path, std::chrono::milliseconds timeout) {
   // The lock belongs to one opening of the file. Opening it anew also keeps out other threads and
   // forked children.
   const auto file =
       std::make_shared<ob::FileDescriptor>(::open(path, O_RDWR | O_CLOEXEC | O_NOFOLLOW));
   if (!*file) return {errno == ENOENT ? -ENXIO : -errno, {}};
-  const auto end = std::chrono::steady_clock::now() + patience;
+  const auto end = std::chrono::steady_clock::now() + timeout;
   while (::flock(file->get(), LOCK_EX | LOCK_NB) != 0) {
     if (errno != EWOULDBLOCK) return {-errno, {}};
     if (std::chrono::steady_clock::now() >= end) return {-EBUSY, {}};
@@ -79,7 +79,7 @@ int KernelDeviceMapper::control() {
 
 Answer<ChangeLock> KernelDeviceMapper::lockChanges() {
   if (!isDriverLoaded()) return {-ENXIO, {}};
-  return lockFile(kControlFile, kChangePatience);
+  return lockFile(kControlFile, kChangeTimeout);
 }
 
 Answer<std::vector<ListedMap>> KernelDeviceMapper::list() {
@@ -94,7 +94,7 @@ Answer<std::vector<ListedMap>> KernelDeviceMapper::list() {
   return {0, question.maps()};
 }
 
-bool KernelDeviceMapper::hasMovedSinceList() {
+bool KernelDeviceMapper::hasChangedSinceList() {
   const int file = control();
   pollfd poll{file, POLLIN, 0};
   return file < 0 || ::poll(&poll, 1, 0) != 0;

@@ -75,7 +75,7 @@ class DeviceMapperPort {
   // Lists all maps. Errors: -ENXIO if the driver is not loaded. This call never loads it.
   virtual Answer<std::vector<ListedMap>> list() = 0;
   // Returns true if something may have happened to any map since the last call of list() began.
-  virtual bool hasMovedSinceList() = 0;
+  virtual bool hasChangedSinceList() = 0;
   // Errors: -ENXIO if there is no such map.
   virtual Answer<MapLines> read(DeviceNumber map, Lines which) = 0;
 
@@ -95,7 +95,7 @@ class KernelDeviceMapper final : public DeviceMapperPort {
  public:
   Answer<ChangeLock> lockChanges() override;
   Answer<std::vector<ListedMap>> list() override;
-  bool hasMovedSinceList() override;
+  bool hasChangedSinceList() override;
   Answer<MapLines> read(DeviceNumber map, Lines which) override;
   int load(DeviceNumber map, const Target& table, bool readOnly) override;
   int resume(DeviceNumber map) override;
@@ -111,8 +111,8 @@ class KernelDeviceMapper final : public DeviceMapperPort {
 };
 
 // Locks the file for this holder alone, against other processes and other threads.
-// Errors: -EBUSY if another holder keeps it for longer than `patience`; -ENXIO if there is no such
+// Errors: -EBUSY if another holder keeps it for longer than `timeout`; -ENXIO if there is no such
 // file; or the error of opening it.
-Answer<ChangeLock> lockFile(const char* path, std::chrono::milliseconds patience);
+Answer<ChangeLock> lockFile(const char* path, std::chrono::milliseconds timeout);
 
 }  // namespace tavrenix::sys

@@ -52,7 +52,7 @@ ob::FileDescriptor openSocket(EventSource::Group group) {
 
 }  // namespace
 
-bool isBelieved(const msghdr& message, uid_t user) {
+bool isTrustedSender(const msghdr& message, uid_t user) {
   const auto* from = static_cast<const sockaddr_nl*>(message.msg_name);
   if (message.msg_namelen == sizeof *from && from->nl_family == AF_NETLINK) {
     const bool fromKernel = from->nl_pid == 0;
@@ -76,13 +76,13 @@ std::optional<EventSource> EventSource::open(Group group) {
   return source;
 }
 
-EventSource::EventSource(ob::FileDescriptor kernel, ob::FileDescriptor udev, uid_t believed,
-                         std::chrono::milliseconds patience) noexcept
+EventSource::EventSource(ob::FileDescriptor kernel, ob::FileDescriptor udev, uid_t trustedUser,
+                         std::chrono::milliseconds udevTimeout) noexcept
     : kernel_(std::move(kernel)),
       udev_(std::move(udev)),
       stop_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      believed_(believed),
-      patience_(patience) {
+      trustedUser_(trustedUser),
+      udevTimeout_(udevTimeout) {
   askForSenders(kernel_);
   askForSenders(udev_);
 }
@@ -92,7 +92,7 @@ void EventSource::stop() noexcept {
   [[maybe_unused]] const ssize_t written = ::write(stop_.get(), &one, sizeof one);
 }
 
-EventSource::Heard EventSource::wait(std::optional<std::chrono::milliseconds> timeout) {
+EventSource::WaitResult EventSource::wait(std::optional<std::chrono::milliseconds> timeout) {
   std::optional<Clock::time_point> end;
   if (timeout) end = Clock::now() + *timeout;
   bool changed = false;
@@ -101,42 +101,42 @@ EventSource::Heard EventSource::wait(std::optional<std::chrono::milliseconds> ti
     pollfd files[] = {
         {stop_.get(), POLLIN, 0}, {kernel_.get(), POLLIN, 0}, {udev_.get(), POLLIN, 0}};
     const int ready = ::poll(files, 3, changed ? 0 : untilOverdue(end));
-    if (ready < 0 && errno != EINTR) return Heard::kBroken;
+    if (ready < 0 && errno != EINTR) return WaitResult::kBroken;
     if (ready < 0) continue;
-    if (files[0].revents != 0) return Heard::kStop;
-    auto heard = Heard::kNothing;
+    if (files[0].revents != 0) return WaitResult::kStop;
+    auto result = WaitResult::kNothing;
     // Reads the kernel's socket first: an event must be known before udevd's copy of it is read.
     if (files[1].revents != 0) {
-      heard = takeFromKernel();
+      result = takeFromKernel();
     } else if (files[2].revents != 0) {
-      heard = takeFromUdev();
+      result = takeFromUdev();
     } else if (changed) {
-      return Heard::kChange;
+      return WaitResult::kChange;
     }
-    if (heard == Heard::kBroken) return heard;
-    changed = dropOverdue() || changed || heard == Heard::kChange;
-    if (!changed && end && Clock::now() >= *end) return Heard::kNothing;
+    if (result == WaitResult::kBroken) return result;
+    changed = dropOverdue() || changed || result == WaitResult::kChange;
+    if (!changed && end && Clock::now() >= *end) return WaitResult::kNothing;
   }
-  return Heard::kChange;
+  return WaitResult::kChange;
 }
 
-EventSource::Heard EventSource::takeFromKernel() {
+EventSource::WaitResult EventSource::takeFromKernel() {
   const auto [what, number] = receive(kernel_.get());
-  if (what == Received::kBroken) return Heard::kBroken;
-  if (what == Received::kLost) return Heard::kChange;
-  if (what != Received::kStorage) return Heard::kNothing;
-  if (!udev_) return Heard::kChange;
-  waiting_.emplace(number, Clock::now() + patience_);
-  return Heard::kNothing;
+  if (what == Received::kBroken) return WaitResult::kBroken;
+  if (what == Received::kLost) return WaitResult::kChange;
+  if (what != Received::kStorage) return WaitResult::kNothing;
+  if (!udev_) return WaitResult::kChange;
+  waiting_.emplace(number, Clock::now() + udevTimeout_);
+  return WaitResult::kNothing;
 }
 
-EventSource::Heard EventSource::takeFromUdev() {
+EventSource::WaitResult EventSource::takeFromUdev() {
   const auto [what, number] = receive(udev_.get());
-  if (what == Received::kBroken) return Heard::kBroken;
-  if (what == Received::kLost) return Heard::kChange;
-  if (what != Received::kStorage) return Heard::kNothing;
+  if (what == Received::kBroken) return WaitResult::kBroken;
+  if (what == Received::kLost) return WaitResult::kChange;
+  if (what != Received::kStorage) return WaitResult::kNothing;
   waiting_.erase(number);
-  return Heard::kChange;
+  return WaitResult::kChange;
 }
 
 // Returns the milliseconds until an event has waited for udevd too long or `end` comes, whichever
@@ -179,7 +179,7 @@ EventSource::Event EventSource::receive(int socket) const {
   }
   // An empty event has a sender, but the end of a socket has none.
   if (length == 0 && CMSG_FIRSTHDR(&message) == nullptr) return {Received::kBroken};
-  if (!isBelieved(message, believed_)) return {Received::kOther};
+  if (!isTrustedSender(message, trustedUser_)) return {Received::kOther};
   if ((message.msg_flags & MSG_TRUNC) != 0) return {Received::kLost};  // cut: it may be any event
   const auto event = parseUevent({buffer, static_cast<std::size_t>(length)});
   if (!event || !concernsStorage(*event)) return {Received::kOther};

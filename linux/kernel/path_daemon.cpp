@@ -23,10 +23,10 @@ constexpr std::size_t kLongestReply = 65536;
 // restarts. The exchange then goes on, and takes at most twice the limit.
 class Connection {
  public:
-  explicit Connection(std::chrono::milliseconds patience)
-      : patience_(patience), socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(patience);
-    const std::chrono::microseconds rest = patience - seconds;
+  explicit Connection(std::chrono::milliseconds timeout)
+      : timeout_(timeout), socket_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeout);
+    const std::chrono::microseconds rest = timeout - seconds;
     const timeval limit{seconds.count(), rest.count()};
     ::setsockopt(socket_.get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
     ::setsockopt(socket_.get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
@@ -44,7 +44,7 @@ class Connection {
     if (abstract) address.sun_path[0] = '\0';
     // An abstract name has no zero byte at its end: that would be one more byte of the name.
     const std::size_t length = offsetof(sockaddr_un, sun_path) + name.size() + (abstract ? 0 : 1);
-    const auto end = Clock::now() + patience_;
+    const auto end = Clock::now() + timeout_;
     int result = 0;
     do {
       result = ::connect(socket_.get(), reinterpret_cast<const sockaddr*>(&address),
@@ -65,7 +65,7 @@ class Connection {
            static_cast<ssize_t>(bytes.size());
   }
   bool receive(char* bytes, std::size_t length) {
-    const auto end = Clock::now() + patience_;
+    const auto end = Clock::now() + timeout_;
     while (length > 0) {
       const ssize_t got = ::recv(socket_.get(), bytes, length, MSG_WAITALL);
       if (got == 0) errno = ECONNRESET;
@@ -83,7 +83,7 @@ class Connection {
 
  private:
   using Clock = std::chrono::steady_clock;
-  std::chrono::milliseconds patience_;
+  std::chrono::milliseconds timeout_;
   ob::FileDescriptor socket_;
 };
 
@@ -107,7 +107,7 @@ Answer<DaemonReply> MultipathdSocket::ask(const std::string& command) {
   const auto frame = frameDaemonCommand(command);
   if (!frame) return {-EMSGSIZE, {}};
   for (const auto& address : addresses_) {
-    Connection socket(patience_);
+    Connection socket(timeout_);
     if (socket.connect(address)) {
       // Any user may take an abstract address that the daemon has not taken.
       if (!socket.belongsTo(user_)) continue;

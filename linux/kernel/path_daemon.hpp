@@ -27,18 +27,18 @@ class PathDaemon {
 class MultipathdSocket final : public PathDaemon {
  public:
   // ask() tries the addresses in turn. One that begins with '@' is abstract. It skips an address on
-  // which another user than `user` listens. `patience` limits the connecting, the sending and the
+  // which another user than `user` listens. `timeout` limits the connecting, the sending and the
   // receiving, each by itself.
   explicit MultipathdSocket(
       std::vector<std::string> addresses = {"@/org/kernel/linux/storage/multipathd",
                                             "/run/multipathd.socket"},
-      std::chrono::milliseconds patience = std::chrono::seconds(5), uid_t user = 0)
-      : addresses_(std::move(addresses)), patience_(patience), user_(user) {}
+      std::chrono::milliseconds timeout = std::chrono::seconds(5), uid_t user = 0)
+      : addresses_(std::move(addresses)), timeout_(timeout), user_(user) {}
   Answer<DaemonReply> ask(const std::string& command) override;
 
  private:
   std::vector<std::string> addresses_;
-  std::chrono::milliseconds patience_;
+  std::chrono::milliseconds timeout_;
   uid_t user_;
 };
 

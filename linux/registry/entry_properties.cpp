@@ -97,7 +97,7 @@ bool hasIdentity(const ob::Dictionary& unit) {
 }  // namespace
 
 ob::Ref<const ob::Dictionary> EntryProperties::all(EntryID id) {
-  switch (nameOf(id).kind) {
+  switch (keyOf(id).kind) {
     case Kind::kUnit:
     case Kind::kHost:
       return keptOrMade(id);
@@ -120,7 +120,7 @@ ob::Ref<const ob::Dictionary> EntryProperties::keptOrMade(EntryID id) {
     snapshot_ = number;
     if (const auto* kept = kept_.find(id)) return *kept;
   }
-  const bool isUnit = nameOf(id).kind == Kind::kUnit;
+  const bool isUnit = keyOf(id).kind == Kind::kUnit;
   auto made = isUnit ? unitProperties(machine_, id) : hostProperties(machine_, id);
   if (!made || (isUnit && !hasIdentity(*made))) return made;
   // Another thread's question may have made a new snapshot, from which some of this may be.
@@ -132,7 +132,7 @@ ob::Ref<const ob::Dictionary> EntryProperties::keptOrMade(EntryID id) {
 
 ob::Ref<const ob::Object> EntryProperties::one(EntryID id, const ob::String& name) {
   // Skips reads that cannot succeed: only hosts have controller characteristics.
-  const Kind kind = nameOf(id).kind;
+  const Kind kind = keyOf(id).kind;
   if (name.equals(registry::kControllerCharacteristics) && kind != Kind::kHost) return nullptr;
   if (name.equals(registry::kContent)) return nullptr;  // no medium here has a content hint
   const auto properties = all(id);
@@ -141,7 +141,7 @@ ob::Ref<const ob::Object> EntryProperties::one(EntryID id, const ob::String& nam
 
 std::vector<std::uint8_t> identifierOfPath(Machine& machine, EntryID path) {
   const auto place = machine.place(path);
-  return pathIdentifier(place ? *place : Place{}, nameOf(path).device());
+  return pathIdentifier(place ? *place : Place{}, keyOf(path).device());
 }
 
 }  // namespace tavrenix::sys

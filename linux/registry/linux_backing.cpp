@@ -10,8 +10,8 @@ using Lock = ob::MutexLock;
 
 std::uint32_t LinuxBacking::generation() {
   const Lock lock(mutex_);
-  if (!held_) told_ = published_ ? *published_ : machine_.generation();
-  return told_;
+  if (!held_) lastSeen_ = published_ ? *published_ : machine_.generation();
+  return lastSeen_;
 }
 
 Result<Entries> LinuxBacking::entriesOfClass(std::string_view className) {
@@ -25,7 +25,7 @@ Result<Entries> LinuxBacking::relatives(EntryID entry, std::uint32_t options) {
 }
 
 std::string_view LinuxBacking::classOf(EntryID entry) {
-  switch (nameOf(entry).kind) {
+  switch (keyOf(entry).kind) {
     case Kind::kUnit:
       return registry::kLogicalUnitClass;
     case Kind::kPath:
@@ -56,7 +56,7 @@ KernelStatus LinuxBacking::carryOut(EntryID entry, const ob::String& name,
                                     const ob::Object& value) {
   if (!machine_.exists(entry)) return -ENXIO;
   const auto* request = ob::as<ob::Dictionary>(&value);
-  if (nameOf(entry).kind != Kind::kUnit || !name.equals(registry::kProperties)) return -EOPNOTSUPP;
+  if (keyOf(entry).kind != Kind::kUnit || !name.equals(registry::kProperties)) return -EOPNOTSUPP;
   if (request == nullptr) return -EINVAL;
   const KernelStatus status = requests_.carryOut(entry, *request);
   Announcements* announcements = nullptr;
@@ -88,7 +88,7 @@ Result<std::vector<Entry>> LinuxBacking::present() {
   machine_.forget();
   const Machine::Look look(machine_);  // so that the list and the generation are of one moment
   const std::uint32_t generation = machine_.generation();
-  const auto listed = entriesToTellOf(
+  const auto listed = announcedEntries(
       machine_, {std::string(registry::kLogicalUnitClass), std::string(registry::kPathClass)});
   if (listed.status != 0 && listed.status != -ENXIO) return {listed.status, {}};
   std::vector<Entry> entries;

@@ -54,7 +54,7 @@ class LinuxBacking final : public Backing {
   Announcements* announcements_ OB_GUARDED_BY(mutex_) = nullptr;
   std::optional<std::uint32_t> published_ OB_GUARDED_BY(mutex_);
   bool held_ OB_GUARDED_BY(mutex_) = false;
-  std::uint32_t told_ OB_GUARDED_BY(mutex_) = 0;      // the generation that a client saw last
+  std::uint32_t lastSeen_ OB_GUARDED_BY(mutex_) = 0;  // the generation that a client saw last
   std::uint32_t lookedAt_ OB_GUARDED_BY(mutex_) = 0;  // the generation of the last list
   int looks_ OB_GUARDED_BY(mutex_) = 0;               // number of lists since the last publication
 };

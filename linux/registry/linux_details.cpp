@@ -87,8 +87,8 @@ std::string textOf(const ScsiAddress& address) {
 }  // namespace
 
 ob::Ref<const ob::Dictionary> LinuxDetails::ofLogicalUnit(EntryID id) {
-  if (nameOf(id).kind != Kind::kUnit || !machine_.exists(id)) return nullptr;
-  const DeviceNumber device = nameOf(id).device();
+  if (keyOf(id).kind != Kind::kUnit || !machine_.exists(id)) return nullptr;
+  const DeviceNumber device = keyOf(id).device();
   const auto table = machine_.port().read(device, Lines::kTable);
   if (table.status != 0 || !isMultipathUuid(table.value.uuid)) return nullptr;
   ob::DictionaryBuilder details(10);
@@ -110,7 +110,7 @@ ob::Ref<const ob::Dictionary> LinuxDetails::ofLogicalUnit(EntryID id) {
 ob::Ref<const ob::Dictionary> LinuxDetails::ofPath(EntryID unit, EntryID path) {
   const auto place = machine_.place(path);
   if (!place) return nullptr;
-  const DeviceNumber device = nameOf(path).device();
+  const DeviceNumber device = keyOf(path).device();
   const std::string folder = place->device + '/';
   const auto texts = machine_.files().readTogether(
       {folder + "state", folder + "access_state", folder + "ioerr_cnt", folder + "iotmo_cnt"});

@@ -5,7 +5,7 @@
 namespace tavrenix::sys {
 
 std::optional<SCSILogicalUnitStatistics> LinuxTunable::unitRecord(EntryID unit) {
-  if (nameOf(unit).kind != Kind::kUnit) return std::nullopt;
+  if (keyOf(unit).kind != Kind::kUnit) return std::nullopt;
   const auto text = machine_.counters(unit);
   return text ? parseBlockStat(*text) : std::nullopt;
 }
@@ -23,8 +23,7 @@ std::optional<SCSIPathStatistics> LinuxTunable::pathRecord(EntryID unit, EntryID
   record.commandsProcessed = counters->commandsProcessed;
   std::optional<bool> used;
   if (const auto status = machine_.status(unit)) {
-    used =
-        status->uses(nameOf(path).device()).value_or(false);  // false if the map has let go of it
+    used = status->uses(keyOf(path).device()).value_or(false);  // false if the map has let go of it
   }
   record.state = pathStateByte(states->device, states->access, used);
   return record;

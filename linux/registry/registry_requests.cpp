@@ -63,7 +63,7 @@ Answer<Requests::PathChange> Requests::readPathChange(const Unit& unit, std::str
   for (const EntryID path : machine_.pathsOf(unit)) {
     if (ob::hexadecimal(identifierOfPath(machine_, path)) != identifier) continue;
     const auto place = machine_.place(path);
-    if (place) return {0, {nameOf(path).device(), place->name, use}};
+    if (place) return {0, {keyOf(path).device(), place->name, use}};
   }
   return {-ENOENT, {}};
 }

@@ -53,9 +53,9 @@ void StorageListener::listen(Announcements& announcements) {
   pthread_setname_np(pthread_self(), "storage-events");
   std::optional<std::chrono::milliseconds> timeout;
   for (;;) {
-    const auto heard = hear(timeout);
-    if (heard == EventSource::Heard::kStop) return;
-    if (heard == EventSource::Heard::kBroken && !reopen()) return;
+    const auto result = waitForEvent(timeout);
+    if (result == EventSource::WaitResult::kStop) return;
+    if (result == EventSource::WaitResult::kBroken && !reopen()) return;
     const bool complete =
         ob::catchExhaustion(false, [&] { return announcements.announce(kDepartureTimeout); });
     timeout = complete ? std::nullopt : std::optional(kRetry);
@@ -63,12 +63,13 @@ void StorageListener::listen(Announcements& announcements) {
 }
 
 // Waits until storage may have changed and no more events follow. A time-out counts as a change.
-EventSource::Heard StorageListener::hear(std::optional<std::chrono::milliseconds> timeout) {
-  auto heard = source_->wait(timeout);
-  for (int i = 0; i < kMostQuiets && heard == EventSource::Heard::kChange; ++i) {
-    heard = source_->wait(kQuiet);
+EventSource::WaitResult StorageListener::waitForEvent(
+    std::optional<std::chrono::milliseconds> timeout) {
+  auto result = source_->wait(timeout);
+  for (int i = 0; i < kMostQuiets && result == EventSource::WaitResult::kChange; ++i) {
+    result = source_->wait(kQuiet);
   }
-  return heard;
+  return result;
 }
 
 // Replaces a source that broke. Events were lost meanwhile, so the caller makes a round. Returns

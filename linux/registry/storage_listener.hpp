@@ -29,7 +29,7 @@ class StorageListener {
 
  private:
   void listen(Announcements& announcements) OB_EXCLUDES(mutex_);
-  EventSource::Heard hear(std::optional<std::chrono::milliseconds> timeout);
+  EventSource::WaitResult waitForEvent(std::optional<std::chrono::milliseconds> timeout);
   bool reopen() OB_EXCLUDES(mutex_);
 
   const Opener opener_;

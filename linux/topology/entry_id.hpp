@@ -23,7 +23,7 @@ namespace tavrenix::sys {
 
 enum class Kind : std::uint8_t { kNone, kUnit, kPath, kMedium, kHost };
 
-struct EntryName {
+struct EntryKey {
   Kind kind = Kind::kNone;
   std::uint32_t number = 0;
 
@@ -32,13 +32,13 @@ struct EntryName {
 
 inline constexpr std::uint64_t kSequenceMask = (std::uint64_t{1} << 29) - 1;
 
-inline EntryID makeEntryID(EntryName name, std::uint64_t inode) {
+inline EntryID makeEntryID(EntryKey name, std::uint64_t inode) {
   return (static_cast<std::uint64_t>(name.kind) << 61) | ((inode & kSequenceMask) << 32) |
          name.number;
 }
 
 // Returns kind and number of an ID; kNone if it is no ID of this kind of host.
-inline EntryName nameOf(EntryID id) {
+inline EntryKey keyOf(EntryID id) {
   const auto kind = static_cast<unsigned>(id >> 61);
   if (kind > static_cast<unsigned>(Kind::kHost)) return {};
   return {static_cast<Kind>(kind), static_cast<std::uint32_t>(id)};
@@ -49,17 +49,17 @@ inline EntryID withKind(EntryID id, Kind kind) {
   return (id & ((std::uint64_t{1} << 61) - 1)) | (static_cast<std::uint64_t>(kind) << 61);
 }
 
-inline EntryName deviceEntry(Kind kind, DeviceNumber device) {
+inline EntryKey deviceEntry(Kind kind, DeviceNumber device) {
   return {kind, (device.major << 20) | device.minor};
 }
 
-inline EntryName hostEntry(std::uint32_t host) {
+inline EntryKey hostEntry(std::uint32_t host) {
   return {Kind::kHost, host};
 }
 
 // Returns the path of a link in sysfs to the folder of the entry. For kNone, returns a path that
 // never exists.
-inline std::string folderOf(EntryName name) {
+inline std::string folderOf(EntryKey name) {
   if (name.kind == Kind::kNone) return "/sys/none";
   if (name.kind == Kind::kHost) return "/sys/class/scsi_host/host" + std::to_string(name.number);
   return "/sys/dev/block/" + name.device().text();

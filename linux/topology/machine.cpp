@@ -64,7 +64,7 @@ std::optional<std::uint64_t> Machine::lastEvent() {
 std::uint32_t Machine::generation() {
   const Lock lock(mutex_);
   const bool same = snapshot_ && snapshot_->events() && lastEvent() == snapshot_->events();
-  if (!same || port_.hasMovedSinceList()) {
+  if (!same || port_.hasChangedSinceList()) {
     const auto events = lastEvent();
     Snapshot fresh(files_, port_, events);
     // A driver without the poll always reports a change, so the list may be the same as before.
@@ -105,7 +105,7 @@ bool Machine::exists(EntryID id) {
   return snapshot().has(id);
 }
 
-std::optional<EntryID> Machine::entry(EntryName name) {
+std::optional<EntryID> Machine::entry(EntryKey name) {
   const Lock lock(mutex_);
   return snapshot().identify(name);
 }
@@ -159,8 +159,8 @@ std::shared_ptr<const MultipathStatus> Machine::status(EntryID unit) {
   if (view != nullptr) {
     if (const auto* known = view->statuses.find(unit)) return *known;
   }
-  if (nameOf(unit).kind != Kind::kUnit || !snapshot().has(unit)) return nullptr;
-  const auto read = port_.read(nameOf(unit).device(), Lines::kStatus);
+  if (keyOf(unit).kind != Kind::kUnit || !snapshot().has(unit)) return nullptr;
+  const auto read = port_.read(keyOf(unit).device(), Lines::kStatus);
   auto parsed = read.status == 0 ? statusOf(read.value) : std::nullopt;
   auto status = parsed ? std::make_shared<const MultipathStatus>(std::move(*parsed)) : nullptr;
   if (view != nullptr) view->statuses.set(unit, status);
@@ -212,18 +212,18 @@ void Machine::readStates(EntryID unitID, View& view) {
 std::optional<std::string> Machine::counters(EntryID id) {
   const Lock lock(mutex_);
   if (!snapshot().has(id)) return std::nullopt;
-  const DeviceNumber device = nameOf(id).device();
+  const DeviceNumber device = keyOf(id).device();
   View* const view = this->view();
   if (view != nullptr && view->counterQuestions++ >= kFewCounters) {
     if (!view->counters) view->counters.emplace(files_.readTable("/proc/diskstats").text);
     if (auto counters = view->counters->take(device)) return counters;
   }
-  auto own = files_.read(folderOf(nameOf(id)) + "/stat");
+  auto own = files_.read(folderOf(keyOf(id)) + "/stat");
   return own ? std::optional(std::move(own.text)) : std::nullopt;
 }
 
 std::optional<std::string> Machine::label(EntryID medium) {
-  const std::string file = "/run/udev/data/b" + nameOf(medium).device().text();
+  const std::string file = "/run/udev/data/b" + keyOf(medium).device().text();
   // First, so that a record that comes meanwhile is read the next time.
   const auto version = files_.version(file);
   const Lock lock(mutex_);

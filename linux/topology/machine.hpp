@@ -51,7 +51,7 @@ class Machine {
   Answer<std::vector<EntryID>> units() OB_EXCLUDES(mutex_);
   bool isUnit(DeviceNumber device) OB_EXCLUDES(mutex_);
   bool exists(EntryID id) OB_EXCLUDES(mutex_);
-  std::optional<EntryID> entry(EntryName name) OB_EXCLUDES(mutex_);
+  std::optional<EntryID> entry(EntryKey name) OB_EXCLUDES(mutex_);
   std::shared_ptr<const Unit> unit(EntryID id) OB_EXCLUDES(mutex_);
   std::vector<EntryID> pathsOf(const Unit& unit) OB_EXCLUDES(mutex_);
   std::shared_ptr<const Place> place(EntryID path) OB_EXCLUDES(mutex_);

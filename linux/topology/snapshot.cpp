@@ -27,7 +27,7 @@ std::uint32_t generationOf(std::uint64_t events, const std::vector<ListedMap>& m
 
 // Returns the key of a link in sysfs. A map, a path and a medium of the same number have the same
 // link.
-EntryID linkOf(EntryName name) {
+EntryID linkOf(EntryKey name) {
   return makeEntryID({name.kind == Kind::kHost ? Kind::kHost : Kind::kUnit, name.number}, 0);
 }
 
@@ -72,17 +72,17 @@ bool Snapshot::isUnit(DeviceNumber device) {
   return id && std::find(all.value.begin(), all.value.end(), *id) != all.value.end();
 }
 
-std::optional<EntryID> Snapshot::identify(EntryName name) {
+std::optional<EntryID> Snapshot::identify(EntryKey name) {
   const auto inode = inodeOf(name);
   if (!inode) return std::nullopt;
   return makeEntryID(name, *inode);
 }
 
 bool Snapshot::has(EntryID id) {
-  return nameOf(id).kind != Kind::kNone && identify(nameOf(id)) == id;
+  return keyOf(id).kind != Kind::kNone && identify(keyOf(id)) == id;
 }
 
-std::optional<std::uint64_t> Snapshot::inodeOf(EntryName name) {
+std::optional<std::uint64_t> Snapshot::inodeOf(EntryKey name) {
   if (name.kind != Kind::kHost && !devicesListed_) listDevices();
   const EntryID key = linkOf(name);
   if (const auto* known = inodes_.find(key)) return *known;
@@ -106,8 +106,8 @@ void Snapshot::listDevices() {
 
 std::shared_ptr<const Unit> Snapshot::unit(EntryID id) {
   if (const auto* known = units_.find(id)) return *known;
-  if (nameOf(id).kind != Kind::kUnit || !has(id)) return nullptr;
-  auto read = readMap(nameOf(id).device());
+  if (keyOf(id).kind != Kind::kUnit || !has(id)) return nullptr;
+  auto read = readMap(keyOf(id).device());
   if (read.status != 0) return nullptr;
   units_.set(id, read.value);
   return read.value;
@@ -138,9 +138,9 @@ std::vector<EntryID> Snapshot::pathsOf(const Unit& unit) {
 
 std::shared_ptr<const Place> Snapshot::place(EntryID path) {
   if (const auto* known = places_.find(path)) return *known;
-  if (nameOf(path).kind != Kind::kPath || !has(path)) return nullptr;
-  const auto link = files_.link(folderOf(nameOf(path)));
-  if (!link) inodes_.set(linkOf(nameOf(path)), std::nullopt);  // gone since it was listed
+  if (keyOf(path).kind != Kind::kPath || !has(path)) return nullptr;
+  const auto link = files_.link(folderOf(keyOf(path)));
+  if (!link) inodes_.set(linkOf(keyOf(path)), std::nullopt);  // gone since it was listed
   auto read = link ? parsePlace(*link) : std::nullopt;
   auto place = read ? std::make_shared<const Place>(std::move(*read)) : nullptr;
   places_.set(path, place);
@@ -200,9 +200,9 @@ std::string Snapshot::interconnectOfPath(EntryID path) {
 }
 
 std::vector<std::uint8_t> Snapshot::portIdentifierOfHost(EntryID host) {
-  if (nameOf(host).kind != Kind::kHost || !has(host)) return {};
+  if (keyOf(host).kind != Kind::kHost || !has(host)) return {};
   if (!portIdentifiers_.contains(host)) {
-    portIdentifiers_.set(host, portIdentifierOf(files_, nameOf(host).number));
+    portIdentifiers_.set(host, portIdentifierOf(files_, keyOf(host).number));
   }
   return *portIdentifiers_.find(host);
 }

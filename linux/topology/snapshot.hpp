@@ -43,7 +43,7 @@ class Snapshot {
   bool isUnit(DeviceNumber device);
   // Returns the ID of the entry that has this kind and number now, or std::nullopt if there is
   // none.
-  std::optional<EntryID> identify(EntryName name);
+  std::optional<EntryID> identify(EntryKey name);
   // Returns true if the entry is there. Returns false if another entry has its number now.
   bool has(EntryID id);
 
@@ -63,7 +63,7 @@ class Snapshot {
   std::vector<std::uint8_t> portIdentifierOfHost(EntryID host);
 
  private:
-  std::optional<std::uint64_t> inodeOf(EntryName name);
+  std::optional<std::uint64_t> inodeOf(EntryKey name);
   void listDevices();
   Answer<std::shared_ptr<const Unit>> readMap(DeviceNumber device);
   Identity readIdentity(EntryID path);

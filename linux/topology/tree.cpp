@@ -24,7 +24,7 @@ std::optional<DeviceNumber> numberOfDisk(const Machine& machine, const std::stri
 // Returns the devices in the folder "/holders" or "/slaves" of a device, by number.
 std::vector<DeviceNumber> neighbours(const Machine& machine, EntryID id, const char* folder) {
   std::vector<DeviceNumber> found;
-  const auto listed = machine.files().entries(folderOf(nameOf(id)) + folder);
+  const auto listed = machine.files().entries(folderOf(keyOf(id)) + folder);
   if (!listed) return found;
   for (const auto& [name, inode] : *listed) {
     if (const auto device = numberOfDisk(machine, name)) found.push_back(*device);
@@ -58,7 +58,7 @@ void descend(Machine& machine, EntryID id, bool recursively, Entries& found) {
 
 Entries parentsOf(Machine& machine, EntryID id) {
   Entries found;
-  switch (nameOf(id).kind) {
+  switch (keyOf(id).kind) {
     case Kind::kUnit:
       if (const auto unit = machine.unit(id)) return machine.pathsOf(*unit);
       break;
@@ -66,7 +66,7 @@ Entries parentsOf(Machine& machine, EntryID id) {
       add(found, machine.hostOf(id));
       break;
     case Kind::kMedium: {
-      const DeviceNumber own = nameOf(id).device();
+      const DeviceNumber own = keyOf(id).device();
       if (machine.isUnit(own)) {
         add(found, machine.entry(deviceEntry(Kind::kUnit, own)));
         break;
@@ -85,7 +85,7 @@ Entries parentsOf(Machine& machine, EntryID id) {
 
 Entries childrenOf(Machine& machine, EntryID id) {
   Entries found;
-  switch (nameOf(id).kind) {
+  switch (keyOf(id).kind) {
     case Kind::kHost:
       return pathsBelow(machine, id);
     case Kind::kPath:
@@ -95,7 +95,7 @@ Entries childrenOf(Machine& machine, EntryID id) {
       break;
     case Kind::kUnit:
       if (machine.exists(id)) {
-        add(found, machine.entry(deviceEntry(Kind::kMedium, nameOf(id).device())));
+        add(found, machine.entry(deviceEntry(Kind::kMedium, keyOf(id).device())));
       }
       break;
     case Kind::kMedium:
@@ -130,7 +130,7 @@ Answer<Entries> entriesOfClass(Machine& machine, std::string_view className) {
   ob::NumberMap<bool> met;
   Answer<Entries> found;
   const auto take = [&](EntryID id) {
-    if (!conformsTo(nameOf(id).kind, className) || met.contains(id)) return;
+    if (!conformsTo(keyOf(id).kind, className) || met.contains(id)) return;
     met.set(id, true);
     found.value.push_back(id);
   };
@@ -144,7 +144,7 @@ Answer<Entries> entriesOfClass(Machine& machine, std::string_view className) {
   return found;
 }
 
-Answer<Entries> entriesToTellOf(Machine& machine, const std::vector<std::string>& classes) {
+Answer<Entries> announcedEntries(Machine& machine, const std::vector<std::string>& classes) {
   auto units = machine.units();
   if (units.status != 0) return units;
   Entries bare;
@@ -175,7 +175,7 @@ bool isLeaf(Machine& machine, EntryID medium) {
   // What lies on a map has it open, so the folders of most maps need not be read.
   const auto map = machine.unit(withKind(medium, Kind::kUnit));
   if (map && map->lines.openCount == 0) return true;
-  const auto holders = machine.files().entries(folderOf(nameOf(medium)) + "/holders");
+  const auto holders = machine.files().entries(folderOf(keyOf(medium)) + "/holders");
   return holders && holders->empty();
 }
 

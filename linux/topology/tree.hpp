@@ -27,7 +27,7 @@ Answer<Entries> entriesOfClass(Machine& machine, std::string_view className);
 // Returns the entries of these classes that are announced to clients. A map without a table is not
 // among them, because it is no unit yet.
 // Errors: -EAGAIN if a map could not be read, or the driver's own.
-Answer<Entries> entriesToTellOf(Machine& machine, const std::vector<std::string>& classes);
+Answer<Entries> announcedEntries(Machine& machine, const std::vector<std::string>& classes);
 
 bool conformsTo(Kind kind, std::string_view className);
 

@@ -10,14 +10,14 @@ namespace {
 
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
-using Heard = std::pair<ObStringRef, EntryID>;
+using WaitResult = std::pair<ObStringRef, EntryID>;
 
-const Heard kUnitCame(kMPIOLogicalUnitAppearedNotification, unitID(0));
-const Heard kUnitWent(kMPIOLogicalUnitDisappearedNotification, unitID(0));
-Heard pathCame(std::uint64_t path) {
+const WaitResult kUnitCame(kMPIOLogicalUnitAppearedNotification, unitID(0));
+const WaitResult kUnitWent(kMPIOLogicalUnitDisappearedNotification, unitID(0));
+WaitResult pathCame(std::uint64_t path) {
   return {kMPIOLogicalUnitPathAppearedNotification, pathID(0, path)};
 }
-Heard pathWent(std::uint64_t path) {
+WaitResult pathWent(std::uint64_t path) {
   return {kMPIOLogicalUnitPathDisappearedNotification, pathID(0, path)};
 }
 

@@ -124,40 +124,40 @@ TEST_F(Listening, HoldsTheGenerationThatClientsSawLastUntilDeparturesAreRead) {
 
 TEST(EventSource, HearsEachEventOfStorageOnce) {
   using sys::EventSource;
-  using Heard = EventSource::Heard;
+  using WaitResult = EventSource::WaitResult;
   struct Row {
     const char* what;
-    std::chrono::milliseconds patience;
+    std::chrono::milliseconds timeout;
     std::vector<std::string> kernel, udev;
-    Heard first;
+    WaitResult first;
   };
   constexpr std::chrono::milliseconds kLong(1'000'000), kShort(1000);
   const std::string disk = eventOf("block"), network = eventOf("net");
   const Row rows[] = {
-      {"sent again", kShort, {disk}, {disk}, Heard::kChange},
-      {"links are still missing", kLong, {disk}, {}, Heard::kNothing},
-      {"udevd does not answer", {}, {disk, disk}, {}, Heard::kChange},
-      {"others", {}, {network, "x", ""}, {"add@/x", "@"}, Heard::kNothing},
-      {"cut off", kLong, {disk + std::string(40000, 'x')}, {}, Heard::kChange},
+      {"sent again", kShort, {disk}, {disk}, WaitResult::kChange},
+      {"links are still missing", kLong, {disk}, {}, WaitResult::kNothing},
+      {"udevd does not answer", {}, {disk, disk}, {}, WaitResult::kChange},
+      {"others", {}, {network, "x", ""}, {"add@/x", "@"}, WaitResult::kNothing},
+      {"cut off", kLong, {disk + std::string(40000, 'x')}, {}, WaitResult::kChange},
   };
   for (const auto& row : rows) {
     ob::FileDescriptor kernel, udev;
     auto fromKernel = pairedWith(kernel);
-    EventSource source(std::move(fromKernel), pairedWith(udev), ::geteuid(), row.patience);
+    EventSource source(std::move(fromKernel), pairedWith(udev), ::geteuid(), row.timeout);
     for (const auto& message : row.kernel) send(kernel, message);
     for (const auto& message : row.udev) send(udev, message);
     // A change ends the wait, however busy the machine is.
-    const auto until = row.first == Heard::kChange ? kLong : std::chrono::milliseconds(1);
+    const auto until = row.first == WaitResult::kChange ? kLong : std::chrono::milliseconds(1);
     EXPECT_EQ(source.wait(until), row.first) << row.what;
-    EXPECT_EQ(source.wait(row.patience == kShort ? 2 * kShort : kShort / 50), Heard::kNothing)
+    EXPECT_EQ(source.wait(row.timeout == kShort ? 2 * kShort : kShort / 50), WaitResult::kNothing)
         << row.what;
     udev = ob::FileDescriptor();
-    EXPECT_EQ(source.wait(), Heard::kBroken) << row.what;
+    EXPECT_EQ(source.wait(), WaitResult::kBroken) << row.what;
   }
   ob::FileDescriptor kernel;
   EventSource distrusting(pairedWith(kernel), {}, ::geteuid() + 1);
   send(kernel, disk);
-  EXPECT_EQ(distrusting.wait(std::chrono::milliseconds(1)), Heard::kNothing);
+  EXPECT_EQ(distrusting.wait(std::chrono::milliseconds(1)), WaitResult::kNothing);
 }
 
 }  // namespace

@@ -46,7 +46,7 @@ class FakeDeviceMapper final : public sys::DeviceMapperPort {
     return listed;
   }
 
-  bool hasMovedSinceList() override { return !tellsMoves; }
+  bool hasChangedSinceList() override { return !tellsChanges; }
 
   sys::Answer<sys::MapLines> read(sys::DeviceNumber device, sys::Lines which) override {
     before("read");
@@ -126,7 +126,7 @@ class FakeDeviceMapper final : public sys::DeviceMapperPort {
   std::vector<std::string> calls;  // every change asked for, in order
   int listStatus = 0;
   bool tellsUuids = true;
-  bool tellsMoves = false;    // as since kernel 4.13; then the maps stay as they were listed
+  bool tellsChanges = false;  // as since kernel 4.13; then the maps stay as they were listed
   bool clampsRepeats = true;  // as the driver does since 4.11
   // The next operation of that name fails: "lock", "load", "resume" (left suspended), "interrupt"
   // (a resume that changes nothing, the loaded table still waits), "message".

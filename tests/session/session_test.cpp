@@ -69,7 +69,7 @@ TEST(Session, OnSeveralThreadsHearsEachArrivalAndDepartureOnce) {
     }
   });
   const auto settle = [&] {
-    while (!storage.registry().notificationsAreSettled()) std::this_thread::yield();
+    while (!storage.registry().notificationsAreDelivered()) std::this_thread::yield();
   };
   for (std::size_t round = 0; round < kRounds; ++round) {
     {

@@ -1,4 +1,4 @@
-#include "lab/image/doubts.hpp"
+#include "lab/image/image_warnings.hpp"
 
 #include <algorithm>
 #include <iterator>
@@ -61,7 +61,7 @@ bool isAlgorithm(const ob::String* word) {
 }
 
 // Returns in words what the value should be, or an empty text if it has the form.
-std::string_view missedForm(const ob::Object& value, Form form) {
+std::string_view expectedForm(const ob::Object& value, Form form) {
   switch (form) {
     case Form::kString:
       return ob::as<ob::String>(&value) ? "" : "a string";
@@ -81,13 +81,13 @@ std::string_view missedForm(const ob::Object& value, Form form) {
   return "";
 }
 
-class Doubts {
+class WarningList {
  public:
-  explicit Doubts(const Image& image) : classes_(image.classes()) {}
+  explicit WarningList(const Image& image) : classes_(image.classes()) {}
 
   void lookAt(const ImageEntry& entry, const Place& place) {
     const Kinds kinds = kindsOf(entry);
-    classIsDoubted_ = false;
+    classIsWarnedOf_ = false;
     for (const auto& [name, value] : entry.properties->pairs()) {
       lookAtProperty(name->view(), *value, kinds, place);
     }
@@ -103,8 +103,8 @@ class Doubts {
   }
 
   std::vector<std::string> take() {
-    if (count_ > kMostDoubts) {
-      lines_.push_back("and " + std::to_string(count_ - kMostDoubts) + " more of this sort");
+    if (count_ > kMostWarnings) {
+      lines_.push_back("and " + std::to_string(count_ - kMostWarnings) + " more of this sort");
     }
     return std::move(lines_);
   }
@@ -142,41 +142,41 @@ class Doubts {
   }
 
   void expectForm(const ob::Object& value, Form form, const Place& place) {
-    const std::string_view missed = missedForm(value, form);
-    if (!missed.empty()) add(place, "should be " + std::string(missed));
+    const std::string_view expected = expectedForm(value, form);
+    if (!expected.empty()) add(place, "should be " + std::string(expected));
   }
 
-  // Adds a doubt if the key `name` has no effect in an entry of these kinds. `holder` is the place
-  // that has the key: the entry or its properties.
+  // Adds a warning if the key `name` has no effect in an entry of these kinds. `holder` is the
+  // place that has the key: the entry or its properties.
   void expectEffect(std::string_view name, Kinds kinds, Kinds wanted, const Place& entry,
                     const Place& holder) {
     if ((kinds & wanted) != 0) return;
     if (kinds != kOther) return add(holder.at(name), "has no effect in an entry of this class");
-    if (std::exchange(classIsDoubted_, true)) return;
+    if (std::exchange(classIsWarnedOf_, true)) return;
     add(entry.at("class"), "the class is not that of a unit, a path or a medium, so \"" +
                                std::string(name) + "\" has no effect");
   }
 
   void add(const Place& place, const std::string& fault) {
-    if (++count_ <= kMostDoubts) lines_.push_back(place.text() + ": " + fault);
+    if (++count_ <= kMostWarnings) lines_.push_back(place.text() + ": " + fault);
   }
 
   const Classes& classes_;
   std::vector<std::string> lines_;
   std::size_t count_ = 0;
-  bool classIsDoubted_ = false;  // a doubt about the class of the current entry has been added
+  bool classIsWarnedOf_ = false;  // a warning about the class of the current entry has been added
 };
 
 }  // namespace
 
-std::vector<std::string> doubtsAbout(const Image& image, std::string_view text) {
-  Doubts doubts(image);
+std::vector<std::string> warningsAbout(const Image& image, std::string_view text) {
+  WarningList warnings(image);
   const Place top(text);
   const Place entries = top.at("entries");
   for (std::size_t i = 0; i < image.entries().size(); ++i) {
-    doubts.lookAt(image.entries()[i], entries.at(i));
+    warnings.lookAt(image.entries()[i], entries.at(i));
   }
-  return doubts.take();
+  return warnings.take();
 }
 
 }  // namespace tavrenix::lab
