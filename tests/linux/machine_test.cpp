@@ -3,9 +3,8 @@
 #include <gmock/gmock.h>
 
 #include "linux/registry/entry_properties.hpp"
-#include "runtime/byte_text.hpp"
-#include "runtime/values.hpp"
 #include "tests/linux/recorded_machine.hpp"
+#include "tests/support/value_text.hpp"
 
 namespace tavrenix::test {
 namespace {
@@ -13,29 +12,8 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-// A value of the registry: data in hexadecimal digits, a dictionary by the order of its names.
-std::string text(const ob::Object* value) {
-  std::map<std::string, std::string> pairs;
-  if (const auto* string = ob::as<ob::String>(value)) return std::string(string->view());
-  if (const auto* number = ob::as<ob::Number>(value)) return std::to_string(*number->asInt64());
-  if (const auto* boolean = ob::as<ob::Boolean>(value)) return boolean->value() ? "yes" : "no";
-  if (const auto* data = ob::as<ob::Data>(value)) return ob::hexadecimal(data->bytes());
-  if (const auto* array = ob::as<ob::Array>(value)) {
-    for (const auto& each : array->values()) pairs[std::to_string(pairs.size())] = text(each.get());
-  } else if (const auto* dictionary = ob::as<ob::Dictionary>(value)) {
-    for (const auto& [name, each] : dictionary->pairs()) pairs[text(name.get())] = text(each.get());
-  } else {
-    return "nothing";
-  }
-  std::string shown;
-  for (const auto& [name, each] : pairs) {
-    shown.append(shown.empty() ? "" : ", ").append(name).append(": ").append(each);
-  }
-  return '{' + shown + '}';
-}
-
 std::string properties(RecordedMachine& machine, EntryID entry) {
-  return text(copyEntryProperties(machine.registry(), entry).get());
+  return textOf(copyEntryProperties(machine.registry(), entry).get());
 }
 
 bool has(RecordedMachine& machine, EntryID entry) {
@@ -45,8 +23,8 @@ bool has(RecordedMachine& machine, EntryID entry) {
 std::string volume(RecordedMachine& machine, EntryID medium) {
   const ScopedHandle entry(machine.registry(), machine.registry().findServiceByEntryID(medium));
   const auto disk = machine.host.disks().describe(entry.get()).value_or(DiskDescription{});
-  return text(disk.volumeName.get()) + ", " + text(disk.bsdName.get()) + ", " +
-         text(disk.mediaSize.get());
+  return textOf(disk.volumeName.get()) + ", " + textOf(disk.bsdName.get()) + ", " +
+         textOf(disk.mediaSize.get());
 }
 
 // The state byte, the bytes read and written, and the commands of a path.
@@ -67,10 +45,10 @@ std::string media(RecordedMachine& machine, EntryID id, const std::string& inden
 std::string tree(RecordedMachine& machine, EntryID unit) {
   MPIODetails& details = *machine.host.details();
   std::string lines =
-      properties(machine, unit) + ' ' + text(details.ofLogicalUnit(unit).get()) + '\n';
+      properties(machine, unit) + ' ' + textOf(details.ofLogicalUnit(unit).get()) + '\n';
   for (const EntryID path : machine.relatives(unit, kIterateParents)) {
     lines += "  " + statistics(machine, unit, path) + ' ' + properties(machine, path) + ' ' +
-             text(details.ofPath(unit, path).get());
+             textOf(details.ofPath(unit, path).get());
     for (const EntryID host : machine.relatives(path, kIterateParents)) {
       lines += ' ' + properties(machine, host);
     }
@@ -80,7 +58,7 @@ std::string tree(RecordedMachine& machine, EntryID unit) {
 }
 
 void expectTree(RecordedMachine& machine, const std::string& name) {
-  std::string lines = text(machine.host.details()->ofHost().get()) + '\n';
+  std::string lines = textOf(machine.host.details()->ofHost().get()) + '\n';
   const auto units = machine.registry().findServicesByClass(registry::kLogicalUnitClass);
   for (const EntryID unit : machine.all(units)) lines += tree(machine, unit);
   std::ifstream file(RECORDED_MACHINES "/" + name + ".tree");
