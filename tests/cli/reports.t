@@ -52,46 +52,28 @@ state. Volume sizes on both sides of every boundary, cut at 31 characters, absen
   |
 
 Several identifiers: one header and consecutive row numbers; an unknown identifier takes no number. If two units have
-the same identifier, only the later one has a row, but the sections of both follow, each with the volumes of both:
+the same identifier, only the later one has a row, but the sections of both follow, each with the volumes of both. Shown
+without blank lines and the headers of paths:
 
-  $ report info.json info -i nowhere -i BB02 frobnicate --id=CC03 more
+  $ report info.json info -i nowhere -i BB02 frobnicate --id=CC03 more | grep -v '^|$\|Access State'
   Cannot locate lun with id nowhere|
       Alias            Vendor           Product          LUN Identifier                      Algorithm             |
     1 No Alias         (NULL)                            BB02                                Least Bytes           |
-  |
-      Access State         Path Identifier                Interface       |
-  |
       Volumes:|
-  |
       BSD Name        Name                                     Size                            |
-  |
     2 Later            (NULL)                            CC03                                Least Bytes           |
-  |
-      Access State         Path Identifier                Interface       |
       Active Optimized     11                                             |
-  |
       Volumes:|
-  |
       BSD Name        Name                                     Size                            |
       disk2           Early                                      1.5 MB (1500000 Bytes)       |
-  |
       Volumes:|
-  |
       BSD Name        Name                                     Size                            |
-  |
-  |
-      Access State         Path Identifier                Interface       |
       Standby              12                                             |
-  |
       Volumes:|
-  |
       BSD Name        Name                                     Size                            |
       disk2           Early                                      1.5 MB (1500000 Bytes)       |
-  |
       Volumes:|
-  |
       BSD Name        Name                                     Size                            |
-  |
 
 An identifier must match letter by letter. The message prints it as it was typed:
 
