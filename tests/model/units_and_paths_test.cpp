@@ -1,5 +1,5 @@
-// What a logical unit reads from its registry entry, what it keeps if the entry changes or goes,
-// and the requests that it writes to the entry.
+// What units and paths read from their registry entries and from the driver, what they keep if an
+// entry changes or goes, and the requests that units write.
 #include "model/logical_unit.hpp"
 
 #include <gmock/gmock.h>
@@ -158,6 +158,67 @@ TEST_F(LogicalUnit, ReleasesTheEntryOfAChangeAfterItsMutex) {
   host.watch.onRelease = [&] { unit->addPath(path.get(), ++released); };
   EXPECT_TRUE(unit->setBatchCount(4, nullptr));
   EXPECT_EQ(released, 1u);
+}
+
+class Path : public LogicalUnit {
+ protected:
+  static ob::Ref<MPIOLogicalUnitPath> make(WatchedHost& host, EntryID id = pathID(0, 1)) {
+    return MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, id, nullptr);
+  }
+
+  const EntryID id = pathID(0, 1);
+  const ob::Ref<MPIOLogicalUnitPath> path = make(host);
+};
+
+TEST_F(Path, TakesItsStateFromTheCountersThatWereReadLast) {
+  const struct {
+    std::uint8_t byte;
+    const char* state;
+    bool enabled;
+  } cases[] = {{0x81, "Active Non-Optimized", false}, {0x02, "Standby", true},
+               {0x03, "Unavailable", true},           {0x80, "Active Optimized", false},
+               {0x0F, "Unavailable", true},           {0x70, "Active Optimized", true},
+               {0x8E, "Unavailable", false}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(static_cast<int>(each.byte));
+    const auto before = path->getProperties();
+    host.memory.tunable().setPathStatistics(id, {1, 2, 3, each.byte});
+    EXPECT_EQ(path->isEnabled(nullptr), each.enabled);
+    EXPECT_TRUE(path->getProperties()->equals(*before)) << "asking takes nothing over";
+    EXPECT_EQ(numberUnder(path->getCurrentStatistics().get(),
+                          keys::kMPIOLogicalUnitPathStatisticsPathStateKey),
+              each.byte);
+    EXPECT_EQ(path->pathState()->view(), each.state);
+    EXPECT_EQ(path->pathEnabled(), ob::Boolean::of(each.enabled));
+  }
+}
+
+TEST_F(Path, KeepsWhatItKnewWhicheverReadFails) {
+  const auto whole = path->getProperties();
+  const std::size_t reads = failEveryOperation(
+      host.watch, [&] { path->rebuildPropertiesFromEntry(); },
+      [&] { EXPECT_TRUE(whole->equals(*path->getProperties())); });
+  EXPECT_EQ(reads, 4u);
+}
+
+TEST_F(Path, KeepsItsFirstIdentifierEvenAnEmptyOne) {
+  setProperty(host.memory, id, "Logical Unit Path Identifier", data({}));
+  path->rebuildPropertiesFromEntry();
+  EXPECT_EQ(path->pathID()->view(), "0001");
+  const auto empty = make(host);
+  setProperty(host.memory, id, "Logical Unit Path Identifier", data({0x00, 0xFF}));
+  empty->rebuildPropertiesFromEntry();
+  EXPECT_EQ(empty->pathID()->view(), "");
+  EXPECT_EQ(make(host)->pathID()->view(), "00FF");
+}
+
+TEST_F(Path, LooksItsEntryUpAfreshAndTheLastUnitBelowIt) {
+  const std::string unitClass(registry::kLogicalUnitClass);
+  host.memory.registry().addEntry(900, unitClass, {id}, dictionary({}));
+  EXPECT_EQ(path->locateLogicalUnitID(), 900u);
+  host.memory.registry().removeEntry(id);
+  EXPECT_EQ(path->locateLogicalUnitID(), 0u);
+  EXPECT_EQ(make(host)->getProperties()->pairs().size(), 0u) << "made all the same";
 }
 
 TEST(IdentifierTextDeathTest, HasTwoDigitsAByteAndIsNeverCut) {
