@@ -56,32 +56,6 @@ TEST_F(MemoryRegistry, WalksDepthFirstDownAndLevelByLevelUp) {
   EXPECT_THAT(walk(4, 2), ElementsAre(2, 3));
 }
 
-TEST_F(MemoryRegistry, PutsAMovedEntryUnderItsNewParentsAlone) {
-  for (EntryID id = 1; id <= 3; ++id) add(id);
-  add(4, {1, 2});
-  EXPECT_TRUE(registry.replaceParents(4, {2, 3}));
-  EXPECT_FALSE(registry.replaceParents(4, {1, 99}));  // nothing half done
-  EXPECT_FALSE(registry.replaceParents(99, {1}));
-  EXPECT_THAT(walk(1, 0), IsEmpty());
-  EXPECT_THAT(walk(2, 0), ElementsAre(4));
-  EXPECT_THAT(walk(3, 0), ElementsAre(4));
-  EXPECT_THAT(walk(4, 2), ElementsAre(2, 3));
-}
-
-TEST_F(MemoryRegistry, LeavesNoTraceOfARemovedEntry) {
-  add(1);
-  add(2, {1});
-  add(3, {2});
-  const ScopedHandle gone(registry, registry.findServiceByEntryID(2));
-  EXPECT_TRUE(registry.removeEntry(2));
-  EXPECT_FALSE(registry.removeEntry(2));
-  EXPECT_THAT(walk(1, 1), IsEmpty());
-  EXPECT_THAT(walk(3, 3), IsEmpty());
-  EXPECT_NE(registry.createIterator(gone.get(), registry::kServicePlane, 1).status, kSuccess);
-  EXPECT_NE(registry.copyProperties(gone.get()).status, kSuccess);
-  EXPECT_FALSE(registry.replaceProperties(2, dictionary({})));
-}
-
 TEST_F(MemoryRegistry, RefusesTakenIDsMissingParentsAndClassCycles) {
   EXPECT_TRUE(add(1));
   EXPECT_FALSE(add(1));
