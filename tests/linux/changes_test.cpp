@@ -13,7 +13,7 @@ using sys::DaemonReply;
 using testing::ElementsAre;
 using Map = FakeDeviceMapper::Map;
 
-constexpr const char *kFirst = "000F00F0000F0000", *kSecond = "001F00F0000F0000";
+constexpr const char *kFirst = "000F00F0001F0000", *kSecond = "001F00F0001F0000";
 constexpr sys::DeviceNumber kFirstDevice{8, 0}, kSecondDevice{8, 64};
 const std::string kShape = "1 queue_if_no_path 1 alua 2 2 ";
 const std::string kOld =
@@ -28,7 +28,7 @@ const std::string kBare = "0 0 2 1 round-robin 0 1 0 8:0 round-robin 0 1 0 8:64 
 class Changes : public testing::Test {
  protected:
   Changes() { map.status.clear(); }
-  RecordedMachine machine{"states"};
+  RecordedMachine machine;
   Map& map = machine.map(0);
   FakeDeviceMapper& port = machine.port;
 

@@ -67,7 +67,7 @@ struct RecordedFixture {
   std::atomic<int> opened = 0;
   ob::FileDescriptor sender;
   std::uint32_t events = 100;
-  RecordedMachine machine{"volumes", 0, [this] { return openEvents(); }};
+  RecordedMachine machine{0, [this] { return openEvents(); }};
   const std::map<sys::DeviceNumber, FakeDeviceMapper::Map> maps = machine.port.maps;
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Recorded, RegistryContract, RecordedFixture);
