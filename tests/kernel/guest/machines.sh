@@ -112,12 +112,6 @@ start_daemon() {
   settle
 }
 
-stop_daemon() {
-  multipathd shutdown
-  until_true 10 is_gone multipathd
-}
-
-is_gone() { ! pidof "$1"; }
 maps() { dmsetup ls --target multipath | awk '!/^No devices/ { print $1 }'; }
 map_count_is() { [ "$(maps | wc -l)" -eq "$1" ]; }
 
