@@ -241,9 +241,6 @@ TEST(Constants, HaveTheirTextsAndOutliveEveryRelease) {
   const std::pair<ObStringRef, const char*> rows[] = {
       {kMPIOLogicalUnitStatusChangedNotification, "Logical Unit Status Changed"},
       {kMPIOLogicalUnitInvalidatedNotification, "Logical Unit Invalidated"},
-      {kMPIOLogicalUnitAppearedNotification, "Logical Unit Appeared"},
-      {kMPIOLogicalUnitPathAppearedNotification, "Logical Unit Path Appeared"},
-      {kMPIOLogicalUnitDisappearedNotification, "Logical Unit Disappeared"},
       {kMPIOLogicalUnitPathDisappearedNotification, "Logical Unit Path Disappeared"},
       {kMPIOLogicalUnitAlgorithmLeastQueueDepth, "Logical Unit Algorithm Least Queue Depth"},
       {kMPIOErrorResultCodeKey, "Error Result Code"},

@@ -32,18 +32,13 @@ std::set<std::string> saidOnFailures(const std::vector<std::string>& words) {
   std::set<std::string> said;
   LibraryHost host;
   addStorage(host->memory, {.units = 1, .paths = 1, .volumes = 0});
+  const auto run = [&] {
+    touch(host->memory);
+    said.insert(runCommand(words).text);
+  };
   for (const bool throws : {false, true}) {
-    for (std::size_t place = 0, operations = 0; place <= operations; ++place) {
-      touch(host->memory);
-      operations = 0;
-      host->watch.alsoFails = [&] {
-        if (operations++ != place) return false;
-        if (throws) throw std::bad_alloc();
-        return true;
-      };
-      said.insert(runCommand(words).text);
-      host->watch.alsoFails = nullptr;
-    }
+    host->watch.throws = throws;
+    failEveryOperation(host->watch, run, [] {});
   }
   return said;
 }
