@@ -9,6 +9,7 @@
 #include "model/public_values.hpp"
 #include "runtime/pool.hpp"
 #include "tests/support/sample_storage.hpp"
+#include "tests/support/value_text.hpp"
 #include "tests/support/watched.hpp"
 
 namespace tavrenix::test {
@@ -95,13 +96,10 @@ TEST_F(LogicalUnit, ListsLeavesAndSharedVolumesButNoComponents) {
   addMedia(1004, "unknown", nullptr, "");
   addMedia(1005, "no media", yes, "Data", "KsPartitionScheme");
   host.memory.disks().forget(volumeID(0, 1));  // unformatted
-  std::vector<std::string> names;
-  const auto volumes = make()->logicalUnitVolumesArray();
-  for (const auto& volume : volumes->values()) {
-    names.push_back(
-        textUnder(ob::as<ob::Dictionary>(volume.get()), keys::kMPIOLogicalUnitVolumeNameKey));
-  }
-  EXPECT_THAT(names, ElementsAre("Volume 0", "spans", "both"));
+  EXPECT_EQ(textOf(make()->logicalUnitVolumesArray().get()),
+            "{0: {Logical Unit Volume Mount Point: disk0s1, Logical Unit Volume Name: Volume 0, "
+            "Logical Unit Volume Size: 1000000000}, 1: {Logical Unit Volume Name: spans}, "
+            "2: {Logical Unit Volume Name: both}}");
 }
 
 TEST_F(LogicalUnit, KeepsTheFirstPathOfAKeyAndForgetsPathsInTwoWays) {
@@ -185,9 +183,9 @@ TEST_F(Path, TakesItsStateFromTheCountersThatWereReadLast) {
     host.memory.tunable().setPathStatistics(id, {1, 2, 3, each.byte});
     EXPECT_EQ(path->isEnabled(nullptr), each.enabled);
     EXPECT_TRUE(path->getProperties()->equals(*before)) << "asking takes nothing over";
-    EXPECT_EQ(numberUnder(path->getCurrentStatistics().get(),
-                          keys::kMPIOLogicalUnitPathStatisticsPathStateKey),
-              each.byte);
+    EXPECT_EQ(textOf(path->getCurrentStatistics()->value(
+                  keys::kMPIOLogicalUnitPathStatisticsPathStateKey)),
+              std::to_string(each.byte));
     EXPECT_EQ(path->pathState()->view(), each.state);
     EXPECT_EQ(path->pathEnabled(), ob::Boolean::of(each.enabled));
   }
