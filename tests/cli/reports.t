@@ -13,7 +13,7 @@ with a 17th letter, which is cut; values that are no strings. Entries of type 3,
     2 abcdefghijklmnop (NULL)                                                                Least Queue Depth     |
     3 No Alias         Sixteen-letters! Seventeen-letter 000102030405060708090A0B0C0D0E0F101 Least Bytes           |
     4 Gr??e ? ?        ???              a?b?c?[1m?       16                                  Least Bytes           |
-    5                  x?y              ????????????????                                     Least Bytes           |
+    5                  x?~              ????????????????                                     Least Bytes           |
     6 No Alias         (NULL)                            18                                  Least Bytes           |
   $ report thousand.json list | sed -n '100p;1001p'
    99 No Alias         (NULL)                                                                Least Bytes           |

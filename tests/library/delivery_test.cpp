@@ -62,7 +62,9 @@ TEST(Notifications, ACallMayUseTheLibraryAndEndItsOwnRegistration) {
     EXPECT_EQ(ObArrayGetCount(handles.paths().get()), 2u);
     EXPECT_TRUE(MPIOLogicalUnitSetBatchCount(handles.unit(), 3, nullptr));
   };
+  client.error = ob::toC<ObErrorRef>(ob::String::make("stale").get());
   ASSERT_TRUE(client.start());
+  EXPECT_EQ(client.error, nullptr);
   EXPECT_EQ(client.take().size(), 6u);
   const MPIONotificationRef destroyed = client.notification;
   client.onEvent = [&](const Event&) {

@@ -20,6 +20,9 @@ TEST_F(Scan, CostsOneQueryUnlessTheGenerationHasMoved) {
   host->watch.reset();
   EXPECT_TRUE(ObEqual(Handles().units.get(), first.units.get()));
   EXPECT_EQ(host->watch.failable(), 1u);
+  MPIOManagerTeardown();
+  MPIOManagerInitialize();
+  EXPECT_NE(Handles().unit(), nullptr) << "scanned anew";
   host->memory.tunable().setGeneration(0);  // the number that the manager began with
   EXPECT_NE(Handles().unit(), first.unit());
 }
@@ -68,9 +71,11 @@ TEST_F(Scan, OfOneUnitLeavesThePathsOfTheHandleAndOneByPathEmptiesIt) {
   EXPECT_TRUE(knownPath(pathID(0, 1))) << "until a full scan";
   EXPECT_EQ(knownLogicalUnit(unitID(0))->logicalUnitPaths().size(), 1u);
   // A change of all paths marks the new generation as seen, but scans nothing.
-  touch(host->memory);
-  EXPECT_TRUE(MPIOLogicalUnitEnableAllPaths(old.unit(1), nullptr));
-  EXPECT_TRUE(Handles().unit() != nullptr && knownPath(pathID(0, 1)));
+  for (const auto& change : {MPIOLogicalUnitEnableAllPaths, MPIOLogicalUnitDisableAllPaths}) {
+    touch(host->memory);
+    EXPECT_TRUE(change(old.unit(1), nullptr));
+    EXPECT_TRUE(Handles().unit() != nullptr && knownPath(pathID(0, 1)));
+  }
   touch(host->memory);
   EXPECT_TRUE(Handles().unit() != nullptr && !knownPath(pathID(0, 1)));
 }

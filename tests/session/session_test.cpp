@@ -53,6 +53,9 @@ TEST(Command, SaysWhatItCouldNotDoWhicheverOperationFails) {
                 algorithm + "KsServiceGetMatchingService failed to find entry matching specified "
                             "entry ID (error 0x08000002)\n",
                 algorithm + "reason unknown\n", "Unable to change batch count: reason unknown\n"}));
+  for (const auto& report : saidOnFailures({"info", "-i", id})) {
+    EXPECT_EQ(report.find("(NULL)"), std::string::npos) << "a row of a unit without properties";
+  }
   for (const std::string change : {"enable", "disable"}) {
     const std::string notDone = "Unable to " + change + " path";
     EXPECT_EQ(saidOnFailures({"modify", "path", "-l", id, "-i", "0000", "--" + change}),
