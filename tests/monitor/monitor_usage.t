@@ -1,4 +1,4 @@
-Help, version and wrong words, of both programs.
+Both programs print a help text and a version, and name a word that they do not understand.
 
   $ . "$TESTDIR/setup.sh"
   $ for program in tavrenix-monitor tavrenix-lab-monitor; do $program --help | head -n 1; $program --version; done
