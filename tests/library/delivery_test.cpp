@@ -78,7 +78,7 @@ TEST(Notifications, ACallMayUseTheLibraryAndEndItsOwnRegistration) {
 }
 
 // Creates a registration while each of its operations on the registry fails, one after the other.
-TEST(Notifications, ACreationThatFailsTellsTheStepAndUndoesNothing) {
+TEST(Notifications, AFailedCreationNamesTheFailedStepAndKeepsEarlierRegistrations) {
   std::vector<std::string> errors{"Unable to create notification port (error 0x08000007)"};
   for (const std::string devices : {"logical units", "logical unit paths"}) {
     errors.push_back("KsServiceMatching unable to locate any services matching multipathed " +
@@ -105,7 +105,7 @@ TEST(Notifications, ACreationThatFailsTellsTheStepAndUndoesNothing) {
   }
 }
 
-TEST(Notifications, OnASecondLoopOrModeRegisterNothingMoreAndAnyRemovalEndsThem) {
+TEST(Notifications, OfARunLoopSourceAreRegisteredOnceAndEndWithAnyRemoval) {
   LibraryHost host;
   addStorage(host->memory, {.units = 1, .paths = 1});
   const Owned<ObStringRef> mode(ObStringCreateWithUTF8("Other"));

@@ -27,7 +27,7 @@ TEST_F(Scan, CostsOneQueryUnlessTheGenerationHasMoved) {
   EXPECT_NE(Handles().unit(), first.unit());
 }
 
-TEST_F(Scan, TakesUnitsOfStorageAndTheirParentsOfThePathClassOnce) {
+TEST_F(Scan, FindsStorageUnitsAndEachOfTheirPathsOnce) {
   tree.defineClass("DerivedPath", std::string(registry::kPathClass));
   tree.addEntry(70, "DerivedPath", {}, dictionary({}));
   tree.addEntry(71, "KsSCSITarget", {}, dictionary({}));
@@ -46,7 +46,7 @@ TEST_F(Scan, TakesUnitsOfStorageAndTheirParentsOfThePathClassOnce) {
   EXPECT_EQ(ObArrayGetCount(handles.paths(3).get()), 1u);
 }
 
-TEST_F(Scan, OfOneUnitLeavesThePathsOfTheHandleAndOneByPathEmptiesIt) {
+TEST_F(Scan, RenewsOneUnitForAQueryOfThatUnitOrOfItsPath) {
   addStorage(host->memory, {.units = 2, .paths = 3});
   const Handles old;
   const auto oldPaths = old.paths();

@@ -102,7 +102,7 @@ TEST_F(LogicalUnit, ListsLeavesAndSharedVolumesButNoComponents) {
             "2: {Logical Unit Volume Name: both}}");
 }
 
-TEST_F(LogicalUnit, KeepsTheFirstPathOfAKeyAndForgetsPathsInTwoWays) {
+TEST_F(LogicalUnit, AddsAndRemovesPaths) {
   auto unit = make();
   const auto first = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, pathID(0, 0), unit.get());
   const auto twin = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, pathID(0, 0), unit.get());
@@ -119,7 +119,7 @@ TEST_F(LogicalUnit, KeepsTheFirstPathOfAKeyAndForgetsPathsInTwoWays) {
   EXPECT_FALSE(twin->matchingLogicalUnit());  // and reads as none once the unit is gone
 }
 
-TEST_F(LogicalUnit, SendsTheAlgorithmOfTheLowestKnownBitAndRefusesOtherArguments) {
+TEST_F(LogicalUnit, WritesTheAlgorithmOfACodeAndRefusesBadCodes) {
   const auto unit = make();
   std::vector<Value> written;
   host.memory.registry().setWriteHandler([&](EntryID, const ob::String&, const ob::Object& value) {
