@@ -213,6 +213,7 @@ TEST_F(Path, KeepsItsFirstIdentifierEvenAnEmptyOne) {
 TEST_F(Path, LooksItsEntryUpAfreshAndTheLastUnitBelowIt) {
   const std::string unitClass(registry::kLogicalUnitClass);
   host.memory.registry().addEntry(900, unitClass, {id}, dictionary({}));
+  host.memory.registry().addEntry(901, "Other", {id}, dictionary({}));
   EXPECT_EQ(path->locateLogicalUnitID(), 900u);
   host.memory.registry().removeEntry(id);
   EXPECT_EQ(path->locateLogicalUnitID(), 0u);
