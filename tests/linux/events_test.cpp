@@ -113,15 +113,6 @@ TEST_F(Listening, LastsAsLongAsThereArePortsThoughItsEventsBreak) {
   EXPECT_EQ(fixture.opened, 3);
 }
 
-TEST_F(Listening, HoldsTheGenerationThatClientsSawLastUntilDeparturesAreRead) {
-  watch(registry::kTerminateNotification);
-  const std::uint32_t before = fixture.generation();
-  driver.maps.at(fixture.kUnit).event += 1;
-  registry().announcements().publishUnlessEntriesChanged();
-  fixture.removeUnit();
-  EXPECT_EQ(expectNote(unit, registry::kTerminateNotification).generation, before);
-}
-
 TEST(EventSource, HearsEachEventOfStorageOnce) {
   using sys::EventSource;
   using WaitResult = EventSource::WaitResult;

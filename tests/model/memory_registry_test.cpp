@@ -70,14 +70,5 @@ TEST_F(MemoryRegistry, RefusesTakenIDsMissingParentsAndClassCycles) {
   EXPECT_THAT(registry.entriesOfClass("B").value, ElementsAre(1));
 }
 
-using MemoryRegistryDeathTest = MemoryRegistry;
-
-TEST_F(MemoryRegistryDeathTest, EndsTheProcessOnADoubleRelease) {
-  add(1);
-  const RegistryHandle entry = registry.findServiceByEntryID(1);
-  registry.release(entry);
-  EXPECT_DEATH(registry.release(entry), "released twice");
-}
-
 }  // namespace
 }  // namespace tavrenix::test
