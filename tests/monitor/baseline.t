@@ -58,6 +58,3 @@ A message says why a baseline cannot be read or written:
   $ monitor try.json baseline record /nowhere/base.json
   tavrenix-lab-monitor: /nowhere/base.json: cannot be written beside: No such file or directory
   [2]
-  $ with 'image["effectiveUser"] = 1' && monitor try.json baseline record base.json
-  tavrenix-lab-monitor: only the superuser may ask the multipath driver; run it as root
-  [2]

@@ -51,6 +51,3 @@ The status is "unknown" if `check` cannot judge the storage:
   $ with 'image["generation"] = 0' && monitor try.json check
   TAVRENIX UNKNOWN - the multipath driver is not present
   [3]
-  $ with 'image["effectiveUser"] = 1' && monitor try.json check
-  TAVRENIX UNKNOWN - only the superuser may ask the multipath driver; run it as root
-  [3]
