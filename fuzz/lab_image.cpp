@@ -42,36 +42,26 @@ void expectShown(memory::MemoryHost& host, const Image& image) {
   expect(host.registry().openHandles() == 0, "no handle stays open");
 }
 
-ob::Ref<const ob::Object> algorithmRequest() {
-  ob::DictionaryBuilder request(2);
-  request.add(registry::kAlgorithm, ob::Ref<const ob::String>::retain(&registry::kLeastBytes));
-  request.add(registry::kBatchCount, ob::Number::make(std::int64_t{7}));
-  return request.build();
-}
-
-// Returns a request that switches the first path of the unit that has an identifier, or none if
-// none has.
-ob::Ref<const ob::Object> pathRequest(const Image& image, const ImageEntry& unit) {
+// Returns requests in JSON: an algorithm, and to disable and enable the first path that has an
+// identifier.
+std::vector<std::string> requestsTo(const Image& image, const ImageEntry& unit) {
+  std::vector<std::string> requests{R"({"Algorithm": "Least Bytes", "Batch Count": 7})"};
   for (const EntryID id : unit.parents) {
-    const ImageEntry& path = *image.find(id);
-    const auto* bytes = path.properties->valueAs<ob::Data>(registry::kPathIdentifier);
+    const auto* bytes = image.find(id)->properties->valueAs<ob::Data>(registry::kPathIdentifier);
     if (bytes == nullptr) continue;
-    const bool disabled = path.statistics && (path.statistics->state & kPathStateDisabledBit) != 0;
-    ob::DictionaryBuilder states(1);
-    states.add(*ob::String::make(ob::hexadecimal(bytes->bytes())),
-               ob::Number::make(disabled ? registry::kMPIOPathStateRequestEnable
-                                         : registry::kMPIOPathStateRequestDisable));
-    ob::DictionaryBuilder request(1);
-    request.add(registry::kPathState, states.build());
-    return request.build();
+    for (const char* state : {"3", "0"}) {
+      requests.push_back(R"({"PathState": {")" + ob::hexadecimal(bytes->bytes()) + "\": " + state +
+                         "}}");
+    }
+    break;
   }
-  return nullptr;
+  return requests;
 }
 
 void change(memory::MemoryHost& host, const ImageEntry& unit) {
   const ScopedHandle entry(host.registry(), host.registry().findServiceByEntryID(unit.id));
-  for (const auto& request : {algorithmRequest(), pathRequest(readFile(), unit)}) {
-    if (!request) continue;
+  for (const auto& text : requestsTo(readFile(), unit)) {
+    const auto request = valueFromJSON(readJSON(text), Place());
     Image before = readFile();
     const bool isDone =
         host.registry().setProperty(entry.get(), registry::kProperties, *request) == kSuccess;

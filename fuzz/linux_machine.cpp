@@ -12,6 +12,7 @@
 #include "tests/linux/fake_ports.hpp"
 #include "tests/linux/scratch.hpp"
 #include "tests/session/client_session.hpp"
+#include "tests/support/value_text.hpp"
 
 using namespace tavrenix;
 using fuzz::expect;
@@ -19,6 +20,7 @@ using fuzz::expect;
 namespace {
 
 constexpr std::size_t kLongestText = 400;
+constexpr std::size_t kLongestProperties = 2000;
 constexpr sys::DeviceNumber kMap{254, 0};
 
 const char* const kFiles[] = {
@@ -102,15 +104,6 @@ void answer(test::FakeDaemon& daemon, const std::string& reply) {
   };
 }
 
-// Expects that every string of the registry is printable, because devices can report any bytes.
-void expectPrintable(const ob::Object* value) {
-  if (const auto* text = ob::as<ob::String>(value)) {
-    expect(fuzz::isShown(text->view()), "a property is printable");
-  } else if (const auto* dictionary = ob::as<ob::Dictionary>(value)) {
-    for (const auto& pair : dictionary->pairs()) expectPrintable(pair.second.get());
-  }
-}
-
 }  // namespace
 
 void tavrenix::fuzz::run(std::string_view bytes) {
@@ -127,7 +120,10 @@ void tavrenix::fuzz::run(std::string_view bytes) {
   sys::LinuxHost host(sys::HostFiles(files.folder()), driver, daemon, 0);
   forEachEntry(host.registry(), host.registry().findServicesByClass("KsService").value,
                [&](RegistryHandle entry) {
-                 expectPrintable(host.registry().copyProperties(entry).value.get());
+                 const auto properties = host.registry().copyProperties(entry).value;
+                 // Devices can report any bytes.
+                 expect(fuzz::isShown(test::textOf(properties.get()), kLongestProperties),
+                        "properties are printable");
                });
   {
     const test::UnderLibrary library(host);

@@ -33,6 +33,15 @@ Result withPool(Work work) noexcept {
   });
 }
 
+// The same for work without a result.
+template <class Work>
+void inPool(Work work) noexcept {
+  withPool<bool>([&] {
+    work();
+    return true;
+  });
+}
+
 // Returns the model object behind a handle, borrowed, or null if the handle is of another kind.
 template <class Model>
 Model* modelOf(const void* handle) noexcept {

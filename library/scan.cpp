@@ -157,18 +157,17 @@ std::uint32_t configurationGeneration(MPIOKernelTunable& tunable) {
 }
 
 void MPIOManagerRescan(int mode, const ob::Object* handle) noexcept {
-  withPool<bool>([&] {
+  inPool([&] {
     MPIOManager& shared = manager();
     const ob::MutexLock lock(shared.lock);
-    if (shared.ended || !shared.dictionaries) return false;
+    if (shared.ended || !shared.dictionaries) return;
     MPIOHost& host = sharedHost();
     // Only a change of the generation starts a scan. The manager begins with 0, so a driver that
     // answers 0 from the beginning is not scanned. A change back to 0 is a change like any other.
     const std::uint32_t generation = configurationGeneration(host.tunable());
-    if (generation == shared.lastGeneration) return false;
+    if (generation == shared.lastGeneration) return;
     shared.lastGeneration = generation;
     scan(*shared.dictionaries, host, mode, handle);
-    return true;
   });
 }
 

@@ -4,9 +4,8 @@
 # Each row is a program and its number of inputs. Together they take minutes on two cores, since the build is not
 # optimised.
 fuzz_programs=(
-  "session             10000"
+  "session             20000"
   "lab_image           20000"
-  "command_words       30000"
   "linux_machine       10000"
   "texts               120000"
 )

@@ -42,13 +42,12 @@ bool openPort(MPIONotification& record, ObRunLoopRef loop, ObStringRef mode) {
 // registrations made before it.
 void MPIOScheduleNotifications(void* info, ObRunLoopRef loop, ObStringRef mode) {
   const auto record = ob::Ref<MPIONotification>::retain(&recordOf(info));
-  withPool<bool>([&] {
-    if (!openPort(*record, loop, mode)) return false;
-    const auto failure = registerNotifications(
+  inPool([&] {
+    if (!openPort(*record, loop, mode)) return;
+    static_cast<void>(registerNotifications(
         *record, [&](NotificationHandler handler, NotificationIterator iterator) {
           handler(*record, iterator);
-        });
-    return !failure;
+        }));
   });
 }
 

@@ -4,7 +4,7 @@ namespace tavrenix::sys {
 
 namespace {
 
-std::uint64_t keyOf(DeviceNumber device) {
+std::uint64_t packedNumber(DeviceNumber device) {
   return (std::uint64_t{device.major} << 20) | device.minor;
 }
 
@@ -19,16 +19,16 @@ DiskCounters::DiskCounters(std::string text) : text_(std::move(text)) {
     const auto minor = takeWord(rest);
     const auto device = deviceNumber(major, minor);
     takeWord(rest);  // its name
-    if (device) lines_.set(keyOf(*device), {end - rest.size(), rest.size()});
+    if (device) lines_.set(packedNumber(*device), {end - rest.size(), rest.size()});
     begin = end + 1;
   }
 }
 
 std::optional<std::string> DiskCounters::take(DeviceNumber device) {
-  const Line* line = lines_.find(keyOf(device));
+  const Line* line = lines_.find(packedNumber(device));
   if (line == nullptr) return std::nullopt;
   auto counters = text_.substr(line->begin, line->length);
-  lines_.erase(keyOf(device));
+  lines_.erase(packedNumber(device));
   return counters;
 }
 

@@ -51,7 +51,7 @@ write("list",
            algorithm="Least Bytes"),
       unit(130, kind=3), unit(140, kind=12), unit(150, kind=None),
       unit(160, "16", alias="Größe 😀 é", vendor="日本\x85", product="a\tb\nc\x1b[1m\x7f", algorithm="Fastest First"),
-      unit(170, "", alias="", vendor="x\0y", product="ä" * 16 + "Z"),
+      unit(170, "", alias="", vendor="x\0~", product="ä" * 16 + "Z"),
       unit(180, "18", alias=18, vendor=True, product={"$data": "18"}, algorithm=16))
 write("info",
       path(201, "01", 0, "Fibre Channel Interface"), path(202, "02", 128, "Serial Attached SCSI"),

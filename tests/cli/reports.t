@@ -13,7 +13,7 @@ with a 17th letter, which is cut; values that are no strings. Entries of type 3,
     2 abcdefghijklmnop (NULL)                                                                Least Queue Depth     |
     3 No Alias         Sixteen-letters! Seventeen-letter 000102030405060708090A0B0C0D0E0F101 Least Bytes           |
     4 Gr??e ? ?        ???              a?b?c?[1m?       16                                  Least Bytes           |
-    5                  x?y              ????????????????                                     Least Bytes           |
+    5                  x?~              ????????????????                                     Least Bytes           |
     6 No Alias         (NULL)                            18                                  Least Bytes           |
   $ report thousand.json list | sed -n '100p;1001p'
    99 No Alias         (NULL)                                                                Least Bytes           |
@@ -52,46 +52,28 @@ state. Volume sizes on both sides of every boundary, cut at 31 characters, absen
   |
 
 Several identifiers: one header and consecutive row numbers; an unknown identifier takes no number. If two units have
-the same identifier, only the later one has a row, but the sections of both follow, each with the volumes of both:
+the same identifier, only the later one has a row, but the sections of both follow, each with the volumes of both. Shown
+without blank lines and the headers of paths:
 
-  $ report info.json info -i nowhere -i BB02 frobnicate --id=CC03 more
+  $ report info.json info -i nowhere -i BB02 frobnicate --id=CC03 more | grep -v '^|$\|Access State'
   Cannot locate lun with id nowhere|
       Alias            Vendor           Product          LUN Identifier                      Algorithm             |
     1 No Alias         (NULL)                            BB02                                Least Bytes           |
-  |
-      Access State         Path Identifier                Interface       |
-  |
       Volumes:|
-  |
       BSD Name        Name                                     Size                            |
-  |
     2 Later            (NULL)                            CC03                                Least Bytes           |
-  |
-      Access State         Path Identifier                Interface       |
       Active Optimized     11                                             |
-  |
       Volumes:|
-  |
       BSD Name        Name                                     Size                            |
       disk2           Early                                      1.5 MB (1500000 Bytes)       |
-  |
       Volumes:|
-  |
       BSD Name        Name                                     Size                            |
-  |
-  |
-      Access State         Path Identifier                Interface       |
       Standby              12                                             |
-  |
       Volumes:|
-  |
       BSD Name        Name                                     Size                            |
       disk2           Early                                      1.5 MB (1500000 Bytes)       |
-  |
       Volumes:|
-  |
       BSD Name        Name                                     Size                            |
-  |
 
 An identifier must match letter by letter. The message prints it as it was typed:
 

@@ -1,25 +1,25 @@
-bash and zsh use the same file of completions. An image stands for the machine.
+bash and zsh use the same files of completions, one for each program. An image stands for the machine.
 
-  $ samples=$TESTDIR/../../samples file=$TESTDIR/../../completions/tavrenix
+  $ samples=$TESTDIR/../../samples files=$TESTDIR/../../completions
   $ mkdir bin && printf '#!/bin/sh\nexec "%s" "%s" "$@"\n' "$BUILD/lab/tavrenix-lab" "$samples/small.json" >bin/tavrenix
-  $ chmod +x bin/tavrenix && export PATH=$PWD/bin:$BUILD/lab:$PATH && source "$file"
+  $ chmod +x bin/tavrenix && export PATH=$PWD/bin:$BUILD/lab:$PATH && source "$files/tavrenix" && source "$files/tavrenix-monitor"
   $ in_bash() {
   >   COMP_WORDS=("$@") COMP_CWORD=$(($# - 1))
-  >   _tavrenix_bash "$1"
+  >   if [[ $1 == *-monitor ]]; then _tavrenix_monitor_bash "$1"; else _tavrenix_bash "$1"; fi
   >   echo "${COMPREPLY[@]}"
   > }
   $ cat >zsh.zsh <<'END'
   > id() { echo 0 }
-  > file=$1 service=${2:t} words=("${@:2}") CURRENT=$(($# - 1))
+  > service=${2:t} words=("${@:2}") CURRENT=$(($# - 1))
   > compset() { words[CURRENT]=${words[CURRENT]#*=} }
   > compadd() { echo ${(M)${(P)2}:#$words[CURRENT]*} }
   > _files() { echo $words[CURRENT]*(N) }
-  > source $file
+  > if [[ $service == *-monitor ]]; then source $1/tavrenix-monitor; else source $1/tavrenix; fi
   > END
   $ id() { echo 0; }
   $ complete_words() {
   >   in_bash "$@" >bash.out
-  >   zsh -f zsh.zsh "$file" "$@" >zsh.out
+  >   zsh -f zsh.zsh "$files" "$@" >zsh.out
   >   diff bash.out zsh.out && cat bash.out
   > }
 
@@ -39,13 +39,14 @@ Units, and the paths of the unit that was named; bash makes three words of --id=
   0101 0102 0103
   $ in_bash tavrenix modify path --lun = ${unit}B --id = 01
   0101 0102 0103
-  $ zsh -f zsh.zsh "$file" tavrenix modify path --lun=${unit}B --id=01
+  $ zsh -f zsh.zsh "$files" tavrenix modify path --lun=${unit}B --id=01
   0101 0102 0103
 
 The first argument of the simulation is an image. Its name may have blanks:
 
   $ cp "$samples/small.json" 'an image.json'
-  $ complete_words tavrenix-lab an
+  $ complete_words tavrenix-lab an; complete_words tavrenix-lab-monitor an
+  an image.json
   an image.json
   $ complete_words tavrenix-lab 'an image.json' modify path -l ${unit}C -i 02
   0201 0202 0203
@@ -56,6 +57,19 @@ The report cuts an identifier that is wider than its column. The completion offe
   1
   $ complete_words tavrenix-lab "$samples/oddities.json" modify path -l "$(cat unit)" -i 0101 | grep -cxE '(01){40}'
   1
+
+The monitor's verbs, options and their values, its units and its files:
+
+  $ complete_words tavrenix-monitor ''
+  status check json metrics picture top watch baseline --help --version
+  $ complete_words tavrenix-monitor check --w
+  --warning
+  $ complete_words tavrenix-monitor picture --format ''
+  text svg dot html
+  $ complete_words tavrenix-lab-monitor 'an image.json' status --unit ${unit}
+  600A0B8000112233445566778899AABB 600A0B8000112233445566778899AABC
+  $ complete_words tavrenix-lab-monitor 'an image.json' check --baseline an
+  an image.json
 
 For an ordinary user there are no identifiers to complete, and the tool is not started:
 

@@ -4,14 +4,14 @@
 # that are needed, this project's programs, and the scenarios.
 
 # First the programs that scenarios call, then the libraries that these need.
-guest_packages=(busybox-static udev multipath-tools kpartx dmsetup strace e2fsprogs lvm2 util-linux fdisk
+guest_packages=(busybox-static udev multipath-tools kpartx dmsetup strace e2fsprogs util-linux fdisk
   libc6 libgcc-s1 libstdc++6 libacl1 libaio1 libblkid1 libbsd0 libcap2 libcom-err2 libdevmapper-event1.02.1
   libdevmapper1.02.1 libedit2 libext2fs2 libfdisk1 libgcrypt20 libgpg-error0 libjson-c5 libkmod2 liblz4-1
   liblzma5 libmd0 libmount1 libpcre2-8-0 libreadline8 libselinux1 libsmartcols1 libssl3 libsystemd0 libtinfo6
   libudev1 libunwind8 liburcu8 libuuid1 libzstd1)
 # The modules that these depend on are added, too. crc32c_generic is named because ext4 asks for it by an alias.
-guest_modules=(dm_mod dm_zero dm_multipath dm_round_robin dm_queue_length dm_service_time scsi_dh_alua sd_mod
-  scsi_debug tcm_loop target_core_file loop ext4 crc32c_generic)
+guest_modules=(dm_mod dm_multipath dm_round_robin dm_queue_length dm_service_time scsi_dh_alua sd_mod
+  scsi_debug loop ext4 crc32c_generic)
 
 # Fills $work/packages, again for each new list of package versions. linux-image-amd64 is empty and depends on the
 # kernel.

@@ -4,6 +4,7 @@
 
 #include "tests/library/client.hpp"
 #include "tests/library/failing_new.hpp"
+#include "tests/support/value_text.hpp"
 
 namespace tavrenix::test {
 namespace {
@@ -120,6 +121,40 @@ TEST_F(Calls, QueriesRefuseOtherHandlesAndSomeTestPresence) {
   }
 }
 
+TEST_F(Calls, QueriesReturnEveryPropertyAndCounterUnderItsKey) {
+  const std::pair<std::size_t, std::string> rows[] = {
+      {0,
+       "{Logical Unit Algorithm: Logical Unit Algorithm Round Robin, Logical Unit Alias: unit 0, "
+       "Logical Unit Batch Count: 16, "
+       "Logical Unit Identifier: 600A0B80000000000000000000000000, "
+       "Logical Unit Product ID: ARRAY, Logical Unit Vendor ID: MAKER, "
+       "Logical Unit Volumes Dictionary Array: {0: {Logical Unit Volume Mount Point: disk0s1, "
+       "Logical Unit Volume Name: Volume 0, Logical Unit Volume Size: 1000000000}}}"},
+      {2,
+       "{Logical Unit Statistics Cumulative Bytes Received: 200, "
+       "Logical Unit Statistics Cumulative Bytes Sent: 100, "
+       "Logical Unit Statistics Cumulative Total Bytes Transferred: 300, "
+       "Logical Unit Statistics Cumulative Total Commands Processed: 300, "
+       "Logical Unit Statistics Sampling Date: date}"},
+      {3,
+       "{Logical Unit Path Enabled: yes, Logical Unit Path Host Port Identifier: 500100, "
+       "Logical Unit Path Identifier: 0000, "
+       "Logical Unit Path Interconnect: Fibre Channel Interface, "
+       "Logical Unit Path State: Active Optimized}"},
+      {5,
+       "{Logical Unit Path Statistics Cumulative Bytes Received: 20, "
+       "Logical Unit Path Statistics Cumulative Bytes Sent: 10, "
+       "Logical Unit Path Statistics Cumulative Total Commands Processed: 30, "
+       "Logical Unit Path Statistics Path State: 0, "
+       "Logical Unit Path Statistics Sampling Date: date, "
+       "Logical Unit Path Statistics Total Bytes Transferred: 30}"},
+  };
+  for (const auto& [query, shown] : rows) {
+    const Owned<ObTypeRef> answer(kQueries[query].call(handle(kQueries[query].ofPath)));
+    EXPECT_EQ(textOf(ob::fromC<ob::Object>(answer.get())), shown);
+  }
+}
+
 TEST_F(Calls, ChangesWriteOneRequestOrTellWhyNot) {
   for (const auto& each : kChanges) {
     EXPECT_TRUE(each.call(handle(each.ofPath), nullptr));
@@ -200,6 +235,21 @@ TEST_F(Calls, SurviveAnAllocationThatFailsAndLoseNoMoreThanWhatItHit) {
   EXPECT_FALSE(onQueue.start());
   EXPECT_EQ(utf8(ObErrorGetDomain(onQueue.error)), "Failed to allocate an internal structure");
   EXPECT_EQ(ObErrorGetCode(onQueue.error), kMPIOErrorNoResources);
+}
+
+TEST(Constants, HaveTheirTextsAndOutliveEveryRelease) {
+  const std::pair<ObStringRef, const char*> rows[] = {
+      {kMPIOLogicalUnitStatusChangedNotification, "Logical Unit Status Changed"},
+      {kMPIOLogicalUnitInvalidatedNotification, "Logical Unit Invalidated"},
+      {kMPIOLogicalUnitPathDisappearedNotification, "Logical Unit Path Disappeared"},
+      {kMPIOLogicalUnitAlgorithmLeastQueueDepth, "Logical Unit Algorithm Least Queue Depth"},
+      {kMPIOErrorResultCodeKey, "Error Result Code"},
+      {kMPIOLogicalUnitPathAccessStateKey, "Logical Unit Path State"},
+  };
+  for (const auto& [constant, text] : rows) {
+    for (int round = 0; round < 3; ++round) ObRelease(constant);
+    EXPECT_EQ(utf8(constant), text);
+  }
 }
 
 }  // namespace

@@ -62,7 +62,9 @@ TEST(Notifications, ACallMayUseTheLibraryAndEndItsOwnRegistration) {
     EXPECT_EQ(ObArrayGetCount(handles.paths().get()), 2u);
     EXPECT_TRUE(MPIOLogicalUnitSetBatchCount(handles.unit(), 3, nullptr));
   };
+  client.error = ob::toC<ObErrorRef>(ob::String::make("stale").get());
   ASSERT_TRUE(client.start());
+  EXPECT_EQ(client.error, nullptr);
   EXPECT_EQ(client.take().size(), 6u);
   const MPIONotificationRef destroyed = client.notification;
   client.onEvent = [&](const Event&) {
@@ -76,7 +78,7 @@ TEST(Notifications, ACallMayUseTheLibraryAndEndItsOwnRegistration) {
 }
 
 // Creates a registration while each of its operations on the registry fails, one after the other.
-TEST(Notifications, ACreationThatFailsTellsTheStepAndUndoesNothing) {
+TEST(Notifications, AFailedCreationNamesTheFailedStepAndKeepsEarlierRegistrations) {
   std::vector<std::string> errors{"Unable to create notification port (error 0x08000007)"};
   for (const std::string devices : {"logical units", "logical unit paths"}) {
     errors.push_back("KsServiceMatching unable to locate any services matching multipathed " +
@@ -103,7 +105,7 @@ TEST(Notifications, ACreationThatFailsTellsTheStepAndUndoesNothing) {
   }
 }
 
-TEST(Notifications, OnASecondLoopOrModeRegisterNothingMoreAndAnyRemovalEndsThem) {
+TEST(Notifications, OfARunLoopSourceAreRegisteredOnceAndEndWithAnyRemoval) {
   LibraryHost host;
   addStorage(host->memory, {.units = 1, .paths = 1});
   const Owned<ObStringRef> mode(ObStringCreateWithUTF8("Other"));

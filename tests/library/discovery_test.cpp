@@ -20,11 +20,17 @@ TEST_F(Scan, CostsOneQueryUnlessTheGenerationHasMoved) {
   host->watch.reset();
   EXPECT_TRUE(ObEqual(Handles().units.get(), first.units.get()));
   EXPECT_EQ(host->watch.failable(), 1u);
+  MPIOManagerTeardown();
+  host->watch.answerTunable = [](void*, std::size_t*, const void*, std::size_t) { return -1; };
+  MPIOManagerInitialize();
+  EXPECT_EQ(Handles().unit(), nullptr) << "the driver does not answer";
+  host->watch.answerTunable = nullptr;
+  EXPECT_NE(Handles().unit(), nullptr);
   host->memory.tunable().setGeneration(0);  // the number that the manager began with
   EXPECT_NE(Handles().unit(), first.unit());
 }
 
-TEST_F(Scan, TakesUnitsOfStorageAndTheirParentsOfThePathClassOnce) {
+TEST_F(Scan, FindsStorageUnitsAndEachOfTheirPathsOnce) {
   tree.defineClass("DerivedPath", std::string(registry::kPathClass));
   tree.addEntry(70, "DerivedPath", {}, dictionary({}));
   tree.addEntry(71, "KsSCSITarget", {}, dictionary({}));
@@ -43,7 +49,7 @@ TEST_F(Scan, TakesUnitsOfStorageAndTheirParentsOfThePathClassOnce) {
   EXPECT_EQ(ObArrayGetCount(handles.paths(3).get()), 1u);
 }
 
-TEST_F(Scan, OfOneUnitLeavesThePathsOfTheHandleAndOneByPathEmptiesIt) {
+TEST_F(Scan, RenewsOneUnitForAQueryOfThatUnitOrOfItsPath) {
   addStorage(host->memory, {.units = 2, .paths = 3});
   const Handles old;
   const auto oldPaths = old.paths();
@@ -68,9 +74,11 @@ TEST_F(Scan, OfOneUnitLeavesThePathsOfTheHandleAndOneByPathEmptiesIt) {
   EXPECT_TRUE(knownPath(pathID(0, 1))) << "until a full scan";
   EXPECT_EQ(knownLogicalUnit(unitID(0))->logicalUnitPaths().size(), 1u);
   // A change of all paths marks the new generation as seen, but scans nothing.
-  touch(host->memory);
-  EXPECT_TRUE(MPIOLogicalUnitEnableAllPaths(old.unit(1), nullptr));
-  EXPECT_TRUE(Handles().unit() != nullptr && knownPath(pathID(0, 1)));
+  for (const auto& change : {MPIOLogicalUnitEnableAllPaths, MPIOLogicalUnitDisableAllPaths}) {
+    touch(host->memory);
+    EXPECT_TRUE(change(old.unit(1), nullptr));
+    EXPECT_TRUE(Handles().unit() != nullptr && knownPath(pathID(0, 1)));
+  }
   touch(host->memory);
   EXPECT_TRUE(Handles().unit() != nullptr && !knownPath(pathID(0, 1)));
 }

@@ -13,11 +13,13 @@ using sys::DaemonReply;
 using testing::ElementsAre;
 using Map = FakeDeviceMapper::Map;
 
-constexpr const char *kFirst = "000F00F0000F0000", *kSecond = "001F00F0000F0000";
+constexpr const char *kFirst = "000F00F0001F0000", *kSecond = "001F00F0001F0000";
 constexpr sys::DeviceNumber kFirstDevice{8, 0}, kSecondDevice{8, 64};
 const std::string kShape = "1 queue_if_no_path 1 alua 2 2 ";
 const std::string kOld =
     kShape + "service-time 0 2 2 8:0 1 1 8:64 1 3 service-time 0 1 2 8:32 1 1 ";
+const std::string kMixed = kShape + "queue-length 0 2 1 8:0 1 8:64 1 service-time 0 1 2 8:32 1 1 ";
+const std::string kPathless = "0 0 0 0 ";
 const std::string kNew = kShape + "round-robin 0 2 1 8:0 1 8:64 1 round-robin 0 1 1 8:32 1 ";
 const std::string kUnqueued = "0 " + kNew.substr(kNew.find("1 alua"));
 const std::string kForeign = "0 0 1 1 queue-length 0 2 0 8:0 8:64 ";
@@ -28,7 +30,7 @@ const std::string kBare = "0 0 2 1 round-robin 0 1 0 8:0 round-robin 0 1 0 8:64 
 class Changes : public testing::Test {
  protected:
   Changes() { map.status.clear(); }
-  RecordedMachine machine{"states"};
+  RecordedMachine machine;
   Map& map = machine.map(0);
   FakeDeviceMapper& port = machine.port;
 
@@ -89,6 +91,8 @@ TEST_F(Changes, PutANewTableInForceOrLeaveTheOldOne) {
        "0 0 2 1 service-time 0 1 2 8:0 1 1 service-time 0 1 2 8:64 1 1 ", "", 0, "Least Bytes"},
       {"a count that the kernel clamps", {}, -EOPNOTSUPP, kOld, "", 16},
       {"no multipath line", under(kShape), -EINVAL, kShape},
+      {"groups that differ", under(kMixed), 0, kNew},
+      {"no path in the table", under(kPathless), -ENODEV, kPathless},
       {"a table of a killed change", loads(kUnqueued), 0, kNew},
       {"another program's table", loads(kLonger), -EALREADY, kOld, kLonger},
       {"suspended before", suspends, -EBUSY},

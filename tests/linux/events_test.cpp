@@ -67,7 +67,7 @@ struct RecordedFixture {
   std::atomic<int> opened = 0;
   ob::FileDescriptor sender;
   std::uint32_t events = 100;
-  RecordedMachine machine{"volumes", 0, [this] { return openEvents(); }};
+  RecordedMachine machine{0, [this] { return openEvents(); }};
   const std::map<sys::DeviceNumber, FakeDeviceMapper::Map> maps = machine.port.maps;
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Recorded, RegistryContract, RecordedFixture);
@@ -111,15 +111,6 @@ TEST_F(Listening, LastsAsLongAsThereArePortsThoughItsEventsBreak) {
   while (!destroyed) std::this_thread::yield();
   port = registry().createNotificationPort();
   EXPECT_EQ(fixture.opened, 3);
-}
-
-TEST_F(Listening, HoldsTheGenerationThatClientsSawLastUntilDeparturesAreRead) {
-  watch(registry::kTerminateNotification);
-  const std::uint32_t before = fixture.generation();
-  driver.maps.at(fixture.kUnit).event += 1;
-  registry().announcements().publishUnlessEntriesChanged();
-  fixture.removeUnit();
-  EXPECT_EQ(expectNote(unit, registry::kTerminateNotification).generation, before);
 }
 
 TEST(EventSource, HearsEachEventOfStorageOnce) {

@@ -3,9 +3,8 @@
 #include <gmock/gmock.h>
 
 #include "linux/registry/entry_properties.hpp"
-#include "runtime/byte_text.hpp"
-#include "runtime/values.hpp"
 #include "tests/linux/recorded_machine.hpp"
+#include "tests/support/value_text.hpp"
 
 namespace tavrenix::test {
 namespace {
@@ -13,29 +12,8 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-// A value of the registry: data in hexadecimal digits, a dictionary by the order of its names.
-std::string text(const ob::Object* value) {
-  std::map<std::string, std::string> pairs;
-  if (const auto* string = ob::as<ob::String>(value)) return std::string(string->view());
-  if (const auto* number = ob::as<ob::Number>(value)) return std::to_string(*number->asInt64());
-  if (const auto* boolean = ob::as<ob::Boolean>(value)) return boolean->value() ? "yes" : "no";
-  if (const auto* data = ob::as<ob::Data>(value)) return ob::hexadecimal(data->bytes());
-  if (const auto* array = ob::as<ob::Array>(value)) {
-    for (const auto& each : array->values()) pairs[std::to_string(pairs.size())] = text(each.get());
-  } else if (const auto* dictionary = ob::as<ob::Dictionary>(value)) {
-    for (const auto& [name, each] : dictionary->pairs()) pairs[text(name.get())] = text(each.get());
-  } else {
-    return "nothing";
-  }
-  std::string shown;
-  for (const auto& [name, each] : pairs) {
-    shown.append(shown.empty() ? "" : ", ").append(name).append(": ").append(each);
-  }
-  return '{' + shown + '}';
-}
-
 std::string properties(RecordedMachine& machine, EntryID entry) {
-  return text(copyEntryProperties(machine.registry(), entry).get());
+  return textOf(copyEntryProperties(machine.registry(), entry).get());
 }
 
 bool has(RecordedMachine& machine, EntryID entry) {
@@ -45,8 +23,8 @@ bool has(RecordedMachine& machine, EntryID entry) {
 std::string volume(RecordedMachine& machine, EntryID medium) {
   const ScopedHandle entry(machine.registry(), machine.registry().findServiceByEntryID(medium));
   const auto disk = machine.host.disks().describe(entry.get()).value_or(DiskDescription{});
-  return text(disk.volumeName.get()) + ", " + text(disk.bsdName.get()) + ", " +
-         text(disk.mediaSize.get());
+  return textOf(disk.volumeName.get()) + ", " + textOf(disk.bsdName.get()) + ", " +
+         textOf(disk.mediaSize.get());
 }
 
 // The state byte, the bytes read and written, and the commands of a path.
@@ -67,10 +45,10 @@ std::string media(RecordedMachine& machine, EntryID id, const std::string& inden
 std::string tree(RecordedMachine& machine, EntryID unit) {
   MPIODetails& details = *machine.host.details();
   std::string lines =
-      properties(machine, unit) + ' ' + text(details.ofLogicalUnit(unit).get()) + '\n';
+      properties(machine, unit) + ' ' + textOf(details.ofLogicalUnit(unit).get()) + '\n';
   for (const EntryID path : machine.relatives(unit, kIterateParents)) {
     lines += "  " + statistics(machine, unit, path) + ' ' + properties(machine, path) + ' ' +
-             text(details.ofPath(unit, path).get());
+             textOf(details.ofPath(unit, path).get());
     for (const EntryID host : machine.relatives(path, kIterateParents)) {
       lines += ' ' + properties(machine, host);
     }
@@ -79,25 +57,11 @@ std::string tree(RecordedMachine& machine, EntryID unit) {
   return lines + media(machine, machine.relatives(unit, 0).at(0), " ");
 }
 
-void expectTree(RecordedMachine& machine, const std::string& name) {
-  std::string lines = text(machine.host.details()->ofHost().get()) + '\n';
-  const auto units = machine.registry().findServicesByClass(registry::kLogicalUnitClass);
-  for (const EntryID unit : machine.all(units)) lines += tree(machine, unit);
-  std::ifstream file(RECORDED_MACHINES "/" + name + ".tree");
-  EXPECT_EQ(lines, std::string(std::istreambuf_iterator<char>(file), {}))
-      << "expected: tests/linux/recorded/" << name << ".tree";
-}
-
-TEST(RecordedMachines, SayWhatTheirKernelSaid) {
-  RecordedMachine machine("volumes");
-  machine.write("/proc/sys/kernel/osrelease", "6.1.0-18-amd64\n");
-  machine.write("/sys/module/dm_multipath/refcnt", "1\n");
-  expectTree(machine, "volumes");
-}
-
 // A machine with disks, hosts and maps of every kind; see RecordedMachine::write.
-TEST(RecordedMachines, SayWhatTheirFilesSay) {
+TEST(RecordedMachine, SaysWhatItsFilesSay) {
   const std::pair<const char*, const char*> files[] = {
+      {"/proc/sys/kernel/osrelease", "6.1.0-18-amd64\n"},
+      {"/sys/module/dm_multipath/refcnt", "1\n"},
       {"/sys/class/iscsi_host/host0/initiatorname", "(null)"},
       {"/sys/class/scsi_host/host0/device/session2/iscsi_session/session2/initiatorname", "iqn.s"},
       {"/sys/class/fc_host/host0/port_name", "0xffffffffffffffff"},
@@ -120,6 +84,7 @@ TEST(RecordedMachines, SayWhatTheirFilesSay) {
       {"/sys/devices/pci0/host3/rport-3:0-1/3:0:1:5/state", "running\n"},
       {"/sys/devices/pci0/host3/rport-3:0-1/3:0:1:5/access_state", "unavailable\n"},
       {"/sys/block/sdf/device/vendor", "own \n"},
+      {"/sys/block/sdf/device/access_state", "active/non-optimized\n"},
       {"/sys/block/sdf/device/inquiry", "short"},
       // A number that fills the identifier, and a disk behind a SAS expander.
       {"/sys/dev/block/8:32", "->../../devices/host5/session7/5:0:0:4611967493404098560/block/sdc"},
@@ -131,22 +96,27 @@ TEST(RecordedMachines, SayWhatTheirFilesSay) {
       {"/run/udev/data/b254:1", "E:ID_FS_USAGE=raid\nE:ID_FS_LABEL=host:0\n"},
       {"/run/udev/data/b254:2", "E:ID_FS_LABEL=one\nE:ID_FS_LABEL=two\nE:ID_FS_USAGE=filesystem"},
   };
-  RecordedMachine machine("states");
+  RecordedMachine machine;
   for (const auto& [file, content] : files) machine.write(file, content);
-  machine.map(0).uuid = "mpath-20011aaBB";
+  machine.map(0).table.line = "1 queue_if_no_path 0 1 1 round-robin 0 2 1 8:0 1 8:64 1 ";
   machine.map(0).suspended = true;
   machine.map(1).uuid = "mpath-8iqn";
   machine.map(1).table.line = "0 1 alua 1 1 io-affinity 0 2 1 8:16 3 8:80 5 ";
   machine.map(1).status = "2 1 5 0 1 1 E 1 7 2 0 8:16 F 12 8:80 F 3";
+  machine.map(2).table.line = "0 1 alua 1 1 queue-length 0 2 1 8:32 1 8:96 1 ";
   machine.map(2).uuid = "mpath-3xy";  // no designator after all: the whole text
   machine.map(2).name = "a\x1b[31m";
   machine.map(3).uuid = "mpath-8" + std::string(128, 'q');
   machine.map(3).status = "2 0 0 0 2 1 A 0 1 1 8:48 A 0 9 D 0 1 0 8:112 F 2";
-  expectTree(machine, "states");
+  std::string lines = textOf(machine.host.details()->ofHost().get()) + '\n';
+  const auto units = machine.registry().findServicesByClass(registry::kLogicalUnitClass);
+  for (const EntryID unit : machine.all(units)) lines += tree(machine, unit);
+  std::ifstream file(RECORDED_TREE);
+  EXPECT_EQ(lines, std::string(std::istreambuf_iterator<char>(file), {})) << RECORDED_TREE;
 }
 
-TEST(RecordedMachines, FollowTheirMapsAndDevices) {
-  RecordedMachine machine("volumes");
+TEST(RecordedMachine, FollowsItsMapsAndDevices) {
+  RecordedMachine machine;
   const auto above = machine.relatives(machine.medium(4), kIterateParents | kIterateRecursively);
   EXPECT_THAT(above, ElementsAre(machine.medium(1), machine.unit(1), machine.path(16),
                                  machine.path(80), testing::_, testing::_));
@@ -163,8 +133,8 @@ TEST(RecordedMachines, FollowTheirMapsAndDevices) {
   EXPECT_EQ(machine.registry().findServicesByClass(registry::kLogicalUnitClass).status, -EACCES);
 }
 
-TEST(RecordedMachines, AreReadAnewWhenTheKernelNumbersAnEvent) {
-  RecordedMachine machine("states");
+TEST(RecordedMachine, IsReadAnewWhenTheKernelNumbersAnEvent) {
+  RecordedMachine machine;
   const auto generation = [&] { return machine.ask<std::uint32_t>(kConfigurationGeneration); };
   std::set<std::optional<std::uint32_t>> seen{0, generation()};
   EXPECT_TRUE(seen.contains(generation()));
@@ -174,6 +144,7 @@ TEST(RecordedMachines, AreReadAnewWhenTheKernelNumbersAnEvent) {
   EXPECT_TRUE(has(machine, last));
   machine.write("/sys/dev/block/8:112", "-");
   machine.map(0).name = "renamed";
+  machine.map(0).uuid = "mpath-20011aaBB";
   EXPECT_TRUE(has(machine, last)) << "no event, no change";
   EXPECT_THAT(machine.relatives(machine.unit(3), kIterateParents), ElementsAre(machine.path(48)))
       << "the path is read, and so seen to be gone";
@@ -183,23 +154,26 @@ TEST(RecordedMachines, AreReadAnewWhenTheKernelNumbersAnEvent) {
   }
   machine.write("/sys/kernel/uevent_seqnum", "2\n");
   EXPECT_FALSE(has(machine, last));
-  EXPECT_THAT(properties(machine, machine.unit(0)), HasSubstr("Alias: renamed"));
+  EXPECT_THAT(properties(machine, machine.unit(0)),
+              HasSubstr("Alias: renamed, Logical Unit Unique Identifier: 0011AABB"));
   machine.map(2).event += 1;
   EXPECT_TRUE(seen.insert(generation()).second);
   machine.port.maps.clear();
   EXPECT_TRUE(seen.insert(generation()).second) << "the driver is there, with no maps";
   machine.port.listStatus = -ENXIO;
   EXPECT_EQ(generation(), 0u) << "the driver is not there";
-  RecordedMachine ordinary("states", 1000);
+  EXPECT_THAT(textOf(machine.host.details()->ofHost().get()), HasSubstr("Driver Present: no"));
+  RecordedMachine ordinary(1000);
   EXPECT_EQ(ordinary.ask<std::uint32_t>(kConfigurationGeneration), 0u);
 }
 
-TEST(RecordedMachines, AreReadForManyPathsAtOnceInALook) {
-  RecordedMachine machine("states");
+TEST(RecordedMachine, IsReadForManyPathsAtOnceInALook) {
+  RecordedMachine machine;
   const auto look = machine.host.beginLook();
   const auto first = [&] { return statistics(machine, machine.unit(0), machine.path(0)); };
   const auto second = [&] { return statistics(machine, machine.unit(0), machine.path(64)); };
   machine.write("/proc/diskstats", "8 0 sda 1000 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0\n");
+  machine.write("/sys/block/sde/device/access_state", "active/non-optimized\n");
   machine.write("/sys/block/sda/stat", "5 0 0 0 0 0 0 0 0 0 0\n");
   for (int asked = 0; asked < 8; ++asked) EXPECT_EQ(first(), "0 0 0 5");
   EXPECT_EQ(first(), "0 0 0 1000") << "of the table of all disks";

@@ -17,12 +17,10 @@ namespace fs = std::filesystem;
 
 class RecordedMachine {
  public:
-  // name: "states" or "volumes". The maps are those that dmsetup printed.
-  explicit RecordedMachine(const std::string& name, std::uint32_t user = 0,
-                           sys::StorageListener::Opener opener = {})
+  // The maps are those that dmsetup printed.
+  explicit RecordedMachine(std::uint32_t user = 0, sys::StorageListener::Opener opener = {})
       : host(sys::HostFiles(root), port, daemon, user, std::move(opener)) {
-    fs::copy(fs::path(RECORDED_MACHINES) / name, root,
-             fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+    fs::copy(RECORDED_MACHINE, root, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
     // A snapshot without the kernel's event number is valid for one look only: tests change things.
     write("/sys/kernel/uevent_seqnum", "-");
     loadMaps();

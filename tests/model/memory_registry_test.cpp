@@ -56,32 +56,6 @@ TEST_F(MemoryRegistry, WalksDepthFirstDownAndLevelByLevelUp) {
   EXPECT_THAT(walk(4, 2), ElementsAre(2, 3));
 }
 
-TEST_F(MemoryRegistry, PutsAMovedEntryUnderItsNewParentsAlone) {
-  for (EntryID id = 1; id <= 3; ++id) add(id);
-  add(4, {1, 2});
-  EXPECT_TRUE(registry.replaceParents(4, {2, 3}));
-  EXPECT_FALSE(registry.replaceParents(4, {1, 99}));  // nothing half done
-  EXPECT_FALSE(registry.replaceParents(99, {1}));
-  EXPECT_THAT(walk(1, 0), IsEmpty());
-  EXPECT_THAT(walk(2, 0), ElementsAre(4));
-  EXPECT_THAT(walk(3, 0), ElementsAre(4));
-  EXPECT_THAT(walk(4, 2), ElementsAre(2, 3));
-}
-
-TEST_F(MemoryRegistry, LeavesNoTraceOfARemovedEntry) {
-  add(1);
-  add(2, {1});
-  add(3, {2});
-  const ScopedHandle gone(registry, registry.findServiceByEntryID(2));
-  EXPECT_TRUE(registry.removeEntry(2));
-  EXPECT_FALSE(registry.removeEntry(2));
-  EXPECT_THAT(walk(1, 1), IsEmpty());
-  EXPECT_THAT(walk(3, 3), IsEmpty());
-  EXPECT_NE(registry.createIterator(gone.get(), registry::kServicePlane, 1).status, kSuccess);
-  EXPECT_NE(registry.copyProperties(gone.get()).status, kSuccess);
-  EXPECT_FALSE(registry.replaceProperties(2, dictionary({})));
-}
-
 TEST_F(MemoryRegistry, RefusesTakenIDsMissingParentsAndClassCycles) {
   EXPECT_TRUE(add(1));
   EXPECT_FALSE(add(1));
@@ -94,15 +68,6 @@ TEST_F(MemoryRegistry, RefusesTakenIDsMissingParentsAndClassCycles) {
   EXPECT_FALSE(registry.defineClass("KsService", "A"));
   EXPECT_TRUE(registry.isKindOf(registry.classOf(1), "B"));
   EXPECT_THAT(registry.entriesOfClass("B").value, ElementsAre(1));
-}
-
-using MemoryRegistryDeathTest = MemoryRegistry;
-
-TEST_F(MemoryRegistryDeathTest, EndsTheProcessOnADoubleRelease) {
-  add(1);
-  const RegistryHandle entry = registry.findServiceByEntryID(1);
-  registry.release(entry);
-  EXPECT_DEATH(registry.release(entry), "released twice");
 }
 
 }  // namespace

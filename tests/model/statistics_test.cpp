@@ -49,7 +49,7 @@ TEST_F(Statistics, AreAskedForByTwentyFourBytesWithoutPadding) {
                                                 3, 2, 1, 0x33, 0x22, 0, 0, 0, 0, 0, 0));
 }
 
-TEST_F(Statistics, ThatFailAfterWritingLeaveThatToAUnitAndNothingToAPath) {
+TEST_F(Statistics, KeepPartialCountersOfAUnitButNotOfAPathAfterAFailure) {
   answerWithPattern(-7);
   testing::internal::CaptureStderr();
   EXPECT_EQ(unit->grabStatsBuffer(5).commandsProcessed, 0x1111111111111111u);

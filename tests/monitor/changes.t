@@ -1,4 +1,4 @@
-watch: a line for each arrival, departure and change.
+`watch` prints a line for each arrival, departure and change.
 
   $ . "$TESTDIR/setup.sh"
   $ with && cp try.json served.json

@@ -1,4 +1,4 @@
-A monitoring plugin: one line, performance data, and the status 0, 1, 2 or 3.
+`check` is a monitoring plugin. It prints one line with performance data, and ends with status 0, 1, 2 or 3.
 
   $ . "$TESTDIR/setup.sh"
   $ check() { monitor "$samples/degraded.json" check "$@"; }
@@ -20,7 +20,7 @@ A monitoring plugin: one line, performance data, and the status 0, 1, 2 or 3.
   @3:9 0
   1.5: 0
 
-Other programs of its field take it as it is: one that turns the status round, and one that reads the figures:
+Other monitoring programs understand it: one that inverts the status, and one that reads the performance data:
 
   $ /usr/lib/nagios/plugins/negate -s -w OK "$(command -v tavrenix-lab-monitor)" "$samples/degraded.json" check | cut -c 1-21
   TAVRENIX OK - finance
@@ -33,7 +33,7 @@ Other programs of its field take it as it is: one that turns the status round, a
   paths_usable 4   0 6
   unit_paths_usable_min 2 4: 2: 0 
 
-No usable path is critical, and stands first. Text cannot end the line or forge performance data:
+A unit without a usable path is critical and comes first. No name can end the line or forge performance data:
 
   $ with 'for i in (201, 202): entries[i]["statistics"]["state"] = 3' 'entries[200]["properties"]["Logical Unit Alias"] = "a|b=1\n<i>"'
   $ monitor try.json check | cut -c 1-90
@@ -41,7 +41,7 @@ No usable path is critical, and stands first. Text cannot end the line or forge 
   $ monitor try.json check | wc -l
   1
 
-What cannot be judged is unknown:
+The status is "unknown" if `check` cannot judge the storage:
 
   $ for words in '--warning nan:' '--paths 0' --colour '--ignore *-*'; do check $words; [ $? = 3 ] || echo "another status"; done
   TAVRENIX UNKNOWN - --warning must be a range such as 4: or 2:8 or @0:1, not nan:
@@ -50,7 +50,4 @@ What cannot be judged is unknown:
   TAVRENIX UNKNOWN - there is no unit to check
   $ with 'image["generation"] = 0' && monitor try.json check
   TAVRENIX UNKNOWN - the multipath driver is not present
-  [3]
-  $ with 'image["effectiveUser"] = 1' && monitor try.json check
-  TAVRENIX UNKNOWN - only the superuser may ask the multipath driver; run it as root
   [3]

@@ -1,5 +1,5 @@
-Nothing that a device or an administrator named reaches an output as it is: no control character, no character that
-turns or hides text, in any field of any verb.
+Devices and administrators can choose any names. No verb prints a control character of them in any field, nor a
+character that turns or hides text.
 
   $ . "$TESTDIR/setup.sh"
   $ cat >nasty.py <<'END'
@@ -39,7 +39,7 @@ turns or hides text, in any field of any verb.
   > print(*[line for line in open("out of metrics") if not sample.fullmatch(line.rstrip("\n"))], end="")
   > END
 
-The pictures hold the elements that they should hold and no other, and the one script is the one that the page lets run:
+The pictures have the expected elements and no other. The page allows one script to run, and has just that one:
 
   $ cat >pages.py <<'END'
   > import base64, glob, hashlib, html.parser, re, xml.etree.ElementTree as tree

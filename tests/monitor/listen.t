@@ -1,4 +1,4 @@
-Metrics over HTTP, with what has come, gone and changed since.
+`metrics --listen` serves metrics over HTTP, and counts arrivals, departures and changes since its start.
 
   $ . "$TESTDIR/setup.sh"
   $ with && cp try.json served.json
@@ -30,7 +30,7 @@ Metrics over HTTP, with what has come, gone and changed since.
   404 not found
   405 GET only
 
-A path fails, a unit goes with its two paths; the file is replaced as an editor does it:
+A path fails, and a unit departs with its two paths. The image is replaced as editors do it:
 
   $ with 'entries[101]["statistics"]["state"] = 128' 'image["generation"] = 8' \
   >   'image["entries"] = [one for one in image["entries"] if one["id"] < 200]' && mv try.json served.json
@@ -47,14 +47,14 @@ A path fails, a unit goes with its two paths; the file is replaced as an editor 
   tavrenix_path_changes_total{path="004F00F0001F0001"} 0
   tavrenix_path_last_change_timestamp_seconds{path="003F00F0000F0001"} TIME
 
-Rights that are lost are told at once:
+If the server loses its rights, its next answer says so:
 
   $ with 'image["effectiveUser"] = 1' 'image["generation"] = 9' && mv try.json served.json
   $ until get /metrics >third; grep -q 'success 0' third; do sleep 0.05; done; promtool check metrics <third
   $ get /healthz
   500 only the superuser may ask the multipath driver; run it as root
 
-A port that is taken, and addresses that are none; a signal ends it well:
+A message says why the server cannot listen on an address. SIGTERM ends it with status 0:
 
   $ with && monitor try.json metrics --listen ${url##*:} 2>&1 | sed 's/: [0-9]*:/: PORT:/'
   tavrenix-lab-monitor: PORT: cannot be listened on: Address already in use

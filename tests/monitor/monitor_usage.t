@@ -1,4 +1,4 @@
-Help, version and wrong words, of both programs.
+Both programs print a help text and a version, and name a word that they do not understand.
 
   $ . "$TESTDIR/setup.sh"
   $ for program in tavrenix-monitor tavrenix-lab-monitor; do $program --help | head -n 1; $program --version; done
@@ -29,3 +29,17 @@ Help, version and wrong words, of both programs.
   $ monitor none.json json
   tavrenix-lab-monitor: none.json: cannot be opened: No such file or directory
   [2]
+
+No verb shows anything to an ordinary user. All say why, and the file of metrics says that collecting has failed:
+
+  $ with 'image["effectiveUser"] = 1000'
+  $ for verb in status json metrics "metrics --textfile out.prom" "baseline record out.json" check; do
+  >   monitor try.json $verb 2>&1; echo "status $?"
+  > done | sort | uniq -c
+        1 TAVRENIX UNKNOWN - only the superuser may ask the multipath driver; run it as root
+        5 status 2
+        1 status 3
+        5 tavrenix-lab-monitor: only the superuser may ask the multipath driver; run it as root
+  $ ls out.*; grep -v '#\|build\|seconds' out.prom
+  out.prom
+  tavrenix_collector_success 0

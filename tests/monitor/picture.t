@@ -1,4 +1,4 @@
-Ports, units and the paths between them, in each form.
+`picture` draws ports, units and the paths between them, in each of its formats.
 
   $ . "$TESTDIR/setup.sh"
   $ with 'entries[202]["details"]["hostPort"] = entries[201]["details"]["hostPort"]' 'entries[200]["details"]["suspended"] = True'
@@ -22,7 +22,7 @@ Ports, units and the paths between them, in each form.
     -N-  active, not optimized
     xFx  failed or disabled
 
-Units that look alike share a box; drawn one by one, nothing stands on anything else, and ports are repeated:
+Units that look alike share a box. With --unfold each has its own; no two boxes overlap, and ports are repeated:
 
   $ tavrenix-lab-generate 1000 8 >many.json
   $ monitor many.json picture | grep -A 1 x1000

@@ -1,4 +1,4 @@
-The screen for a person: what is not well, and why.
+`status` shows a person which units are not well, and why.
 
   $ . "$TESTDIR/setup.sh"
   $ monitor "$samples/degraded.json"
@@ -12,7 +12,7 @@ The screen for a person: what is not well, and why.
            array reports active/optimized
   OK       archive (dm-4): 2 paths
 
-One unit in full, by any of its names in any letter case, cut at the width:
+--unit shows one unit in full. Any of its names in any letter case selects it, and lines are cut at the width:
 
   $ for name in 600a0b8000112233445566778899aabc ARCHIVE dm-4 3600A0B8000112233445566778899AABC; do
   >   monitor "$samples/degraded.json" status --unit $name | head -n 1
@@ -45,7 +45,7 @@ One unit in full, by any of its names in any letter case, cut at the width:
   tavrenix-lab-monitor: no unit is called nothing; see status --all
   [2]
 
-Each finding, the worst mark first:
+Each finding has its own text, and the worst unit comes first:
 
   $ finding() { with "$@" && monitor try.json | sed 1d; }
   $ finding 'for i in (101, 103): entries[i]["statistics"]["state"] = 3; entries[i]["details"]["accessState"] = "transitioning"'
@@ -64,7 +64,7 @@ Each finding, the worst mark first:
   $ with 'image["entries"] = []' && monitor try.json
   No multipathed units.
 
-Colours on a terminal only, and never with NO_COLOR:
+There are colours on a terminal only, and none if NO_COLOR is set:
 
   $ on_terminal() { script -qec "$1 tavrenix-lab-monitor $samples/degraded.json" /dev/null </dev/null | grep -q $'\033' && echo coloured; }
   $ TERM=xterm on_terminal env

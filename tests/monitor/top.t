@@ -1,4 +1,4 @@
-top: tables with as many columns as fit, and live on a terminal.
+`top` shows as many columns as fit: as a batch of tables, or live on a terminal.
 
   $ . "$TESTDIR/setup.sh"
   $ top() { monitor "$samples/degraded.json" top --delay 1 "$@"; }

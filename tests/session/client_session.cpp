@@ -7,6 +7,7 @@
 #include "cli/command.hpp"
 #include "cli/reports.hpp"
 #include "fuzz/promise.hpp"
+#include "host/registry_names.hpp"
 
 namespace tavrenix::test {
 
@@ -119,6 +120,43 @@ void expectKind(const Event& event) {
   expect(fits, "a notification is of its handle's kind");
 }
 
+constexpr std::string_view kWords =
+    "list info modify LUN path --id -i --algorithm -a --batchCount -b --lun -l --enable -e "
+    "--disable -d -- = RoundRobin LeastIO LeastBytes 01 0102 4294967295";
+
+// Runs the command with up to eleven words, known ones and others.
+void runAnyWords(Choices& choices) {
+  std::vector<std::string> known, words;
+  for (std::string_view rest = kWords; !rest.empty();)
+    known.emplace_back(fuzz::takeUpTo(' ', rest));
+  for (auto left = choices.below(12); left > 0; --left) {
+    words.emplace_back(choices.onceIn(4) ? choices.bytes(40) : choices.oneOf(known));
+    words.back().resize(std::min(words.back().size(), words.back().find('\0')));
+  }
+  const Output output = runCommand(words);
+  expect(output.status == (words.empty() ? 1 : 0), "only a call without words has status 1");
+  constexpr std::string_view kBeginnings[] = {"tavrenix\nUtility to manage", "    Alias",
+                                              "Cannot locate lun with id ", "Unable to ",
+                                              "Specified --batchCount is out of range"};
+  expect(output.text.empty() || std::any_of(std::begin(kBeginnings), std::end(kBeginnings),
+                                            [&](std::string_view beginning) {
+                                              return output.text.starts_with(beginning);
+                                            }),
+         "the command prints only what it is known for");
+}
+
+void expectRequest(const ob::String& property, const ob::Object& value) {
+  const auto* request = ob::as<ob::Dictionary>(&value);
+  expect(property.equals(registry::kProperties) && request != nullptr, "a change is a request");
+  const auto* states = request->valueAs<ob::Dictionary>(registry::kPathState);
+  const auto* count = request->valueAs<ob::Number>(registry::kBatchCount);
+  const bool isOfPaths = states != nullptr && request->pairs().size() == 1;
+  const bool isOfUnit = request->pairs().size() == 2 && count != nullptr &&
+                        count->asUInt64().value_or(UINT64_MAX) <= UINT32_MAX &&
+                        request->value(registry::kAlgorithm) != nullptr;
+  expect(isOfPaths || isOfUnit, "a request is one that a driver knows");
+}
+
 }  // namespace
 
 // The library reports counters that it cannot read, and the command unknown words.
@@ -195,6 +233,11 @@ void runSession(Choices& choices, std::size_t decisions, std::uint64_t callsPerF
     if (faults.onceIn(4)) throw std::bad_alloc();
     return true;
   };
+  storage.registry().setWriteHandler(
+      [&](EntryID, const ob::String& property, const ob::Object& value) {
+        expectRequest(property, value);
+        return faults.onceIn(2) ? kSuccess : KernelStatus{-16};
+      });
   {
     Owned<ObArrayRef> units;  // some of them gone by now
     QueueClient onQueue;
@@ -207,6 +250,7 @@ void runSession(Choices& choices, std::size_t decisions, std::uint64_t callsPerF
         [&] { units = Owned<ObArrayRef>(MPIOCopyLogicalUnits()); },
         [&] { useAll(units); },
         [&] { runCommands(units); },
+        [&] { runAnyWords(choices); },
         [&] { choices.onceIn(2) ? static_cast<void>(onLoop.start()) : onLoop.stop(); },
         [&] {
           onQueue.stop();

@@ -1,6 +1,7 @@
 // Sessions that follow from seeds, and clients on threads of their own.
 #include <gtest/gtest.h>
 
+#include <set>
 #include <thread>
 
 #include "tests/library/failing_new.hpp"
@@ -24,6 +25,45 @@ TEST(Session, OfAnySeedKeepsWhatTheLibraryPromisesAndLeavesNothing) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   EXPECT_LE(liveAllocations, live);
+}
+
+// Runs the command while one operation of the host fails, or finds no memory, for each in turn.
+std::set<std::string> saidOnFailures(const std::vector<std::string>& words) {
+  std::set<std::string> said;
+  LibraryHost host;
+  addStorage(host->memory, {.units = 1, .paths = 1, .volumes = 0});
+  const auto run = [&] {
+    touch(host->memory);
+    said.insert(runCommand(words).text);
+  };
+  for (const bool throws : {false, true}) {
+    host->watch.throws = throws;
+    failEveryOperation(host->watch, run, [] {});
+  }
+  return said;
+}
+
+TEST(Command, SaysWhatItCouldNotDoWhicheverOperationFails) {
+  const std::string id = "600A0B80000000000000000000000000", noUnit = "Unable to find lun " + id;
+  const std::string result = " (error 0x08000003, result -536870212)\n";
+  const std::string algorithm = "Unable to change algorithm: ";
+  EXPECT_EQ(saidOnFailures({"modify", "lun", "-i", id, "-a", "LeastIO", "-b", "3"}),
+            (std::set<std::string>{
+                "", noUnit + "\n", algorithm + "KsRegistryEntrySetObProperty failed" + result,
+                algorithm + "KsServiceGetMatchingService failed to find entry matching specified "
+                            "entry ID (error 0x08000002)\n",
+                algorithm + "reason unknown\n", "Unable to change batch count: reason unknown\n"}));
+  for (const auto& report : saidOnFailures({"info", "-i", id})) {
+    EXPECT_EQ(report.find("(NULL)"), std::string::npos) << "a row of a unit without properties";
+  }
+  for (const std::string change : {"enable", "disable"}) {
+    const std::string notDone = "Unable to " + change + " path";
+    EXPECT_EQ(saidOnFailures({"modify", "path", "-l", id, "-i", "0000", "--" + change}),
+              (std::set<std::string>{
+                  "", noUnit + "\n", "Unable to find path 0000\n", notDone + "\n",
+                  notDone + ": Unable to locate needed service in KsRegistry (error 0x08000002)\n",
+                  notDone + ": Unable to set property" + result}));
+  }
 }
 
 constexpr std::size_t kRounds = 40;

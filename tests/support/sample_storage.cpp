@@ -25,15 +25,6 @@ ob::Ref<const ob::Dictionary> dictionary(
   return builder.build();
 }
 
-std::string textUnder(const ob::Dictionary* dictionary, const ob::String& key) {
-  const auto* found = dictionary == nullptr ? nullptr : dictionary->valueAs<ob::String>(key);
-  return found == nullptr ? "<none>" : std::string(found->view());
-}
-std::int64_t numberUnder(const ob::Dictionary* dictionary, const ob::String& key) {
-  const auto* found = dictionary == nullptr ? nullptr : dictionary->valueAs<ob::Number>(key);
-  return found == nullptr ? -999 : found->asInt64().value_or(-999);
-}
-
 void setProperty(memory::MemoryHost& host, EntryID entry, std::string_view name, Value value) {
   auto pairs = host.registry().properties(entry)->pairs();
   const auto key = ob::String::make(name);

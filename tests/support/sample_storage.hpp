@@ -18,9 +18,6 @@ Value flag(bool value);
 Value data(std::initializer_list<std::uint8_t> bytes);
 ob::Ref<const ob::Dictionary> dictionary(
     std::initializer_list<std::pair<std::string_view, Value>> pairs);
-// Return the string under the key, or "<none>", and the number under the key, or -999.
-std::string textUnder(const ob::Dictionary* dictionary, const ob::String& key);
-std::int64_t numberUnder(const ob::Dictionary* dictionary, const ob::String& key);
 
 // Sets one property of the entry. A null value removes it.
 void setProperty(memory::MemoryHost& host, EntryID entry, std::string_view name, Value value);

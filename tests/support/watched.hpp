@@ -23,7 +23,12 @@ class Watch {
   }
   // Returns the number of operations that could have failed.
   std::size_t failable() const { return position_; }
-  bool fails() { return position_++ == failAt_ || (alsoFails && alsoFails()); }
+  bool fails() {
+    if (position_++ == failAt_) return throws ? throw std::bad_alloc() : true;
+    return alsoFails && alsoFails();
+  }
+
+  bool throws = false;  // the operation at that position throws, as if it found no memory
 
   // If set, answers the tunable in place of the driver. The arguments are the room for the answer
   // and its size, and the request and its size.

@@ -15,7 +15,7 @@
 
 namespace mutant {
 
-inline constexpr int kMost = 1 << 17;
+inline constexpr int kMost = 1 << 18;
 inline std::atomic<bool> gReached[kMost];
 
 // Notes that a change has been reached. Writes at once, because the process may end in any way, and

@@ -58,11 +58,16 @@ def parse(source, options, contents):
                                 options=TranslationUnit.PARSE_NONE)
 
 
+# The files that this process has searched. A header holds the same changes for each source that includes it.
+searched = set()
+
+
 def found_in(source, options, texts):
     finders = {}
     unit = parse(source, options, {path: text for path, (_, text) in texts.items()})
     faults = [str(one) for one in unit.diagnostics if one.severity >= 3]
-    sites.find(unit, texts, finders)
+    sites.find(unit, {path: text for path, text in texts.items() if path not in searched}, finders)
+    searched.update(finders)
     return {path: finder.found for path, finder in finders.items()}, faults
 
 
@@ -120,10 +125,12 @@ class Rewriter:
     def take_out(self, new, errors):
         wrong = set()
         for path, offset, _ in errors:
-            around = [(end - start, number) for number, (start, end) in new.get(path, (0, {}))[1].items()
-                      if start <= offset <= end]
-            if around:
-                wrong.add(min(around)[1])
+            text, ranges = new.get(path, (b"", {}))
+            around = [(end - start, number) for number, (start, end) in ranges.items() if start <= offset <= end]
+            # The error of a macro's expansion may lie in front of the change: then any of its line may be wrong.
+            head, tail = text.rfind(b"\n", 0, offset) + 1, text.find(b"\n", offset)
+            of_line = {number for number, (start, end) in ranges.items() if start <= tail and end >= head}
+            wrong |= {min(around)[1]} if around else of_line
         if not wrong:
             raise SystemExit(f"mutants: errors outside of all changes: {sorted(errors)[:5]}")
         for path, mutants in self.mutants.items():

@@ -175,7 +175,8 @@ class Finder:
         before = self.text[:start].rstrip()[-1:]
         if parent.kind in VARIABLES and before in (b"[", b"<", b","):
             return  # the length of an array, an argument of a template
-        value = int(re.sub(r"[uUlLzZ']", "", text), 0) if text != "0" else 0
+        digits = re.sub(r"[uUlLzZ']", "", text)
+        value = int(digits, 8 if re.fullmatch("0[0-7]+", digits) else 0)
         changed = {0: "1", 1: "0"}.get(value, f"{text} + 1")
         target = parent.type.get_canonical()
         # A narrowing conversion between braces is an error, so cast to the type that is wanted there.

@@ -50,6 +50,7 @@ class Runner:
 
 def limit():
     os.nice(5)
+    resource.setrlimit(resource.RLIMIT_CPU, (int(2 * SLOW), int(2 * SLOW)))  # ends an endless loop
     resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 

@@ -1,7 +1,7 @@
 # shellcheck shell=busybox
 # Makes machines: disks with several paths, and maps over them, made by the daemon or by hand.
 
-load_drivers() { modprobe -a dm_mod dm_zero dm_multipath dm_round_robin dm_queue_length dm_service_time scsi_dh_alua sd_mod; }
+load_drivers() { modprobe -a dm_mod dm_multipath dm_round_robin dm_queue_length dm_service_time scsi_dh_alua sd_mod; }
 
 start_udev() {
   load_drivers
@@ -21,50 +21,6 @@ debug_units() {
 }
 
 disk_count_is() { [ "$(ls -d /sys/block/sd* 2>/dev/null | wc -l)" -eq "$1" ]; }
-
-# loop_units UNITS: makes units of 64 MB, each with its own store and two paths, over the loopback SCSI target.
-loop_units() {
-  local target=/sys/kernel/config/target unit path tpg
-  modprobe -a target_core_file tcm_loop
-  mount -t configfs configfs /sys/kernel/config
-  mkdir -p $target/core/fileio_0
-  for unit in $(seq 0 $(($1 - 1))); do
-    truncate -s 64M "/tmp/store$unit"
-    mkdir "$target/core/fileio_0/unit$unit"
-    echo "fd_dev_name=/tmp/store$unit,fd_dev_size=67108864" >"$target/core/fileio_0/unit$unit/control"
-    printf '%08x-0000-0000-0000-000000000000' $((unit + 161)) >"$target/core/fileio_0/unit$unit/wwn/vpd_unit_serial"
-    echo 1 >"$target/core/fileio_0/unit$unit/enable"
-  done
-  for path in 1 2; do
-    tpg=$target/loopback/naa.500140500000000$path/tpgt_1
-    mkdir -p "$tpg"
-    echo "naa.500140510000000$path" >"$tpg/nexus"
-    for unit in $(seq 0 $(($1 - 1))); do
-      mkdir "$tpg/lun/lun_$unit"
-      ln -s "$target/core/fileio_0/unit$unit" "$tpg/lun/lun_$unit/port"
-    done
-  done
-  until_true 60 disk_count_is $(($1 * 2))
-  settle
-}
-
-# make_file_systems: makes a file system on mpatha, on a partition of mpathb and on a logical volume of mpathc. Does not
-# use the mke2fs of busybox. udev's rule may make the partition's map first.
-make_file_systems() {
-  loop_units 4
-  start_daemon 4
-  /sbin/mke2fs -q -t ext4 -L WHOLE /dev/mapper/mpatha
-  echo ',32M,L' | sfdisk -q /dev/mapper/mpathb
-  kpartx -a -s /dev/mapper/mpathb
-  until_true 10 test -b /dev/mapper/mpathb-part1
-  settle
-  /sbin/mke2fs -q -t ext4 -L 'part one' /dev/mapper/mpathb-part1
-  pvcreate -q /dev/mapper/mpathc
-  vgcreate -q group /dev/mapper/mpathc
-  lvcreate -q -Zn -Wn -L 40M -n volume group
-  /sbin/mke2fs -q -t ext4 -L LOGICAL /dev/group/volume
-  udevadm trigger --settle --subsystem-match=block
-}
 
 # disks: prints for each SCSI disk its WWID as multipath writes it, kernel name, device number and
 # host:channel:target:lun.
@@ -112,12 +68,6 @@ start_daemon() {
   settle
 }
 
-stop_daemon() {
-  multipathd shutdown
-  until_true 10 is_gone multipathd
-}
-
-is_gone() { ! pidof "$1"; }
 maps() { dmsetup ls --target multipath | awk '!/^No devices/ { print $1 }'; }
 map_count_is() { [ "$(maps | wc -l)" -eq "$1" ]; }
 

@@ -7,21 +7,11 @@ unit=$(identifier mpatha)
 
 dmsetup suspend mpatha
 before=$(dmsetup table mpatha)
-same "a suspended map: listed" 2 "$(list_facts | grep -c '^unit ')"
 has "a suspended map: changing the algorithm" '^Unable to change algorithm: .' "$(set_algorithm mpatha RoundRobin)"
 has "a suspended map: disabling a path" '^Unable to disable path: .' "$(set_path mpatha sda -d)"
 same "a suspended map: its table" "$before" "$(dmsetup table mpatha)"
-same "a suspended map: no table waits" "" "$(dmsetup table --inactive mpatha)"
 dmsetup resume mpatha
 same "a resumed map: changing the algorithm" "" "$(set_algorithm mpatha RoundRobin)"
-same "a resumed map: set" "Modified Round Robin" "$(algorithm_of mpatha)"
-
-# Groups with different selectors: the map has no algorithm, and a change gives all groups the same one.
-# shellcheck disable=SC2046 # the two device numbers are words
-printf '0 16384 multipath 0 0 2 1 round-robin 0 1 1 %s 1 queue-length 0 1 1 %s 1\n' $(paths_of mpatha | cut -d' ' -f2) |
-  dmsetup reload mpatha
-dmsetup resume mpatha
-same "groups that differ: changing the algorithm" ",queue-length*2" "$(set_algorithm mpatha LeastIO),$(selectors_of mpatha)"
 
 # A path's disk comes and goes while the tool works. The tool may only report that a change was refused or that the
 # counters of a disk are gone.
@@ -56,12 +46,3 @@ has "no disk left: the algorithm changes or is refused" '^(Unable to change algo
 same "no disk left: the algorithm is set, or it said so" "$([ -s /tmp/out ] && echo service-time || echo round-robin)*1" "$(selectors_of mpathb)"
 has "no disk left: a path that has gone" '^Unable to find path .' "$(tool modify path -l "$(identifier mpathb)" -i "$gone" -d)"
 same "no disk left: nothing lost from the table" "$before" "$(dmsetup table mpathb | tr ' ' '\n' | grep -c :)"
-
-# A map without any path in its table.
-unit=$(identifier mpathb)
-dmsetup remove mpathb
-has "a unit that has gone" '^Unable to find lun .' "$(tool modify lun -i "$unit" -a LeastIO)"
-echo "0 16384 multipath 0 0 0 0" | dmsetup create empty -u mpath-3600a0b80001122334455667788990aab
-settle
-same "no path in the table: shown" "unit 600A0B80001122334455667788990AAB|empty" "$(info_of empty | cut -d'|' -f1,2)"
-has "no path in the table: changing the algorithm" '^Unable to change algorithm: .' "$(set_algorithm empty RoundRobin)"

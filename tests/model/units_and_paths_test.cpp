@@ -1,5 +1,5 @@
-// What a logical unit reads from its registry entry, what it keeps if the entry changes or goes,
-// and the requests that it writes to the entry.
+// What units and paths read from their registry entries and from the driver, what they keep if an
+// entry changes or goes, and the requests that units write.
 #include "model/logical_unit.hpp"
 
 #include <gmock/gmock.h>
@@ -9,6 +9,7 @@
 #include "model/public_values.hpp"
 #include "runtime/pool.hpp"
 #include "tests/support/sample_storage.hpp"
+#include "tests/support/value_text.hpp"
 #include "tests/support/watched.hpp"
 
 namespace tavrenix::test {
@@ -95,16 +96,13 @@ TEST_F(LogicalUnit, ListsLeavesAndSharedVolumesButNoComponents) {
   addMedia(1004, "unknown", nullptr, "");
   addMedia(1005, "no media", yes, "Data", "KsPartitionScheme");
   host.memory.disks().forget(volumeID(0, 1));  // unformatted
-  std::vector<std::string> names;
-  const auto volumes = make()->logicalUnitVolumesArray();
-  for (const auto& volume : volumes->values()) {
-    names.push_back(
-        textUnder(ob::as<ob::Dictionary>(volume.get()), keys::kMPIOLogicalUnitVolumeNameKey));
-  }
-  EXPECT_THAT(names, ElementsAre("Volume 0", "spans", "both"));
+  EXPECT_EQ(textOf(make()->logicalUnitVolumesArray().get()),
+            "{0: {Logical Unit Volume Mount Point: disk0s1, Logical Unit Volume Name: Volume 0, "
+            "Logical Unit Volume Size: 1000000000}, 1: {Logical Unit Volume Name: spans}, "
+            "2: {Logical Unit Volume Name: both}}");
 }
 
-TEST_F(LogicalUnit, KeepsTheFirstPathOfAKeyAndForgetsPathsInTwoWays) {
+TEST_F(LogicalUnit, AddsAndRemovesPaths) {
   auto unit = make();
   const auto first = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, pathID(0, 0), unit.get());
   const auto twin = MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, pathID(0, 0), unit.get());
@@ -121,7 +119,7 @@ TEST_F(LogicalUnit, KeepsTheFirstPathOfAKeyAndForgetsPathsInTwoWays) {
   EXPECT_FALSE(twin->matchingLogicalUnit());  // and reads as none once the unit is gone
 }
 
-TEST_F(LogicalUnit, SendsTheAlgorithmOfTheLowestKnownBitAndRefusesOtherArguments) {
+TEST_F(LogicalUnit, WritesTheAlgorithmOfACodeAndRefusesBadCodes) {
   const auto unit = make();
   std::vector<Value> written;
   host.memory.registry().setWriteHandler([&](EntryID, const ob::String&, const ob::Object& value) {
@@ -158,6 +156,68 @@ TEST_F(LogicalUnit, ReleasesTheEntryOfAChangeAfterItsMutex) {
   host.watch.onRelease = [&] { unit->addPath(path.get(), ++released); };
   EXPECT_TRUE(unit->setBatchCount(4, nullptr));
   EXPECT_EQ(released, 1u);
+}
+
+class Path : public LogicalUnit {
+ protected:
+  static ob::Ref<MPIOLogicalUnitPath> make(WatchedHost& host, EntryID id = pathID(0, 1)) {
+    return MPIOLogicalUnitPath::initWithKsKitServiceEntry(host, id, nullptr);
+  }
+
+  const EntryID id = pathID(0, 1);
+  const ob::Ref<MPIOLogicalUnitPath> path = make(host);
+};
+
+TEST_F(Path, TakesItsStateFromTheCountersThatWereReadLast) {
+  const struct {
+    std::uint8_t byte;
+    const char* state;
+    bool enabled;
+  } cases[] = {{0x81, "Active Non-Optimized", false}, {0x02, "Standby", true},
+               {0x03, "Unavailable", true},           {0x80, "Active Optimized", false},
+               {0x0F, "Unavailable", true},           {0x70, "Active Optimized", true},
+               {0x8E, "Unavailable", false}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(static_cast<int>(each.byte));
+    const auto before = path->getProperties();
+    host.memory.tunable().setPathStatistics(id, {1, 2, 3, each.byte});
+    EXPECT_EQ(path->isEnabled(nullptr), each.enabled);
+    EXPECT_TRUE(path->getProperties()->equals(*before)) << "asking takes nothing over";
+    EXPECT_EQ(textOf(path->getCurrentStatistics()->value(
+                  keys::kMPIOLogicalUnitPathStatisticsPathStateKey)),
+              std::to_string(each.byte));
+    EXPECT_EQ(path->pathState()->view(), each.state);
+    EXPECT_EQ(path->pathEnabled(), ob::Boolean::of(each.enabled));
+  }
+}
+
+TEST_F(Path, KeepsWhatItKnewWhicheverReadFails) {
+  const auto whole = path->getProperties();
+  const std::size_t reads = failEveryOperation(
+      host.watch, [&] { path->rebuildPropertiesFromEntry(); },
+      [&] { EXPECT_TRUE(whole->equals(*path->getProperties())); });
+  EXPECT_EQ(reads, 4u);
+}
+
+TEST_F(Path, KeepsItsFirstIdentifierEvenAnEmptyOne) {
+  setProperty(host.memory, id, "Logical Unit Path Identifier", data({}));
+  path->rebuildPropertiesFromEntry();
+  EXPECT_EQ(path->pathID()->view(), "0001");
+  const auto empty = make(host);
+  setProperty(host.memory, id, "Logical Unit Path Identifier", data({0x00, 0xFF}));
+  empty->rebuildPropertiesFromEntry();
+  EXPECT_EQ(empty->pathID()->view(), "");
+  EXPECT_EQ(make(host)->pathID()->view(), "00FF");
+}
+
+TEST_F(Path, LooksItsEntryUpAfreshAndTheLastUnitBelowIt) {
+  const std::string unitClass(registry::kLogicalUnitClass);
+  host.memory.registry().addEntry(900, unitClass, {id}, dictionary({}));
+  host.memory.registry().addEntry(901, "Other", {id}, dictionary({}));
+  EXPECT_EQ(path->locateLogicalUnitID(), 900u);
+  host.memory.registry().removeEntry(id);
+  EXPECT_EQ(path->locateLogicalUnitID(), 0u);
+  EXPECT_EQ(make(host)->getProperties()->pairs().size(), 0u) << "made all the same";
 }
 
 TEST(IdentifierTextDeathTest, HasTwoDigitsAByteAndIsNeverCut) {
