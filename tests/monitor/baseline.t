@@ -59,5 +59,5 @@ A file that is no baseline, is gone, or cannot be written:
   tavrenix-lab-monitor: /nowhere/base.json: cannot be written beside: No such file or directory
   [2]
   $ with 'image["effectiveUser"] = 1' && monitor try.json baseline record base.json
-  tavrenix-lab-monitor: only the superuser may ask the multipath driver; run it as root
+  tavrenix-lab-monitor: only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root
   [2]

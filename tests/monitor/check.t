@@ -52,5 +52,5 @@ What cannot be judged is unknown:
   TAVRENIX UNKNOWN - the multipath driver is not present
   [3]
   $ with 'image["effectiveUser"] = 1' && monitor try.json check
-  TAVRENIX UNKNOWN - only the superuser may ask the multipath driver; run it as root
+  TAVRENIX UNKNOWN - only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root
   [3]

@@ -31,7 +31,7 @@ Every fact of the image is there, 64-bit counters exactly:
 No rights is a failure with nothing on standard output; no driver and no units are two documents:
 
   $ with 'image["effectiveUser"] = 1000' && monitor try.json json
-  tavrenix-lab-monitor: only the superuser may ask the multipath driver; run it as root
+  tavrenix-lab-monitor: only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root
   [2]
   $ answer() { monitor try.json json | python3 -c 'import json, sys; d = json.load(sys.stdin); print(d["host"]["driver_present"], len(d["units"]))'; }
   $ with 'image["generation"] = 0' && answer

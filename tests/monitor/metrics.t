@@ -54,12 +54,12 @@ What is expected, and a file that is replaced whole; one that could not be colle
   tavrenix_unit_paths_expected{unit="600A0B8000112233445566778899AABB"} 4
   tavrenix_unit_paths_expected{unit="600A0B8000112233445566778899AABC"} 4
   $ with 'image["effectiveUser"] = 1' && monitor try.json metrics --textfile out.prom
-  tavrenix-lab-monitor: only the superuser may ask the multipath driver; run it as root
+  tavrenix-lab-monitor: only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root
   [2]
   $ grep -v '#\|build\|seconds' out.prom
   tavrenix_collector_success 0
   $ monitor try.json metrics
-  tavrenix-lab-monitor: only the superuser may ask the multipath driver; run it as root
+  tavrenix-lab-monitor: only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root
   [2]
   $ with 'image["generation"] = 0' && monitor try.json metrics | grep present
   # HELP tavrenix_driver_present 1 if the multipath driver is present.

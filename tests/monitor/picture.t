@@ -52,5 +52,5 @@ Units that look alike share a box; drawn one by one, nothing stands on anything 
   tavrenix-lab-monitor: /nowhere/a.svg: cannot be written beside: No such file or directory
   [2]
   $ with 'image["effectiveUser"] = 1' && monitor try.json picture -o many.svg; grep -c 2100001B many.svg
-  tavrenix-lab-monitor: only the superuser may ask the multipath driver; run it as root
+  tavrenix-lab-monitor: only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root
   2
