@@ -156,7 +156,8 @@ Storage readStorage() {
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     storage.host = readHost();
     if (storage.host.permitted == false) {
-      throw Failure("only the superuser may ask the multipath driver; run it as root");
+      throw Failure(
+          "only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root");
     }
     storage.units = readUnits();
     if (readGeneration() == storage.host.generation) break;

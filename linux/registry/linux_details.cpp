@@ -1,6 +1,7 @@
 #include "linux/registry/linux_details.hpp"
 
 #include <algorithm>
+#include <cerrno>
 
 #include "linux/registry/selectors.hpp"
 #include "linux/topology/ports.hpp"
@@ -135,13 +136,20 @@ ob::Ref<const ob::Dictionary> LinuxDetails::ofPath(EntryID unit, EntryID path) {
   return details.build();
 }
 
+// Root of a container may lack CAP_SYS_ADMIN, or the right to open the driver's device.
+bool LinuxDetails::mayAsk() {
+  if (!isRoot_) return false;
+  const int status = machine_.units().status;
+  return status != -EACCES && status != -EPERM;
+}
+
 ob::Ref<const ob::Dictionary> LinuxDetails::ofHost() {
   ob::DictionaryBuilder details(4);
   // A module with parameters, like this one, is in /sys/module even if it is built in.
   const bool isPresent = machine_.files().exists("/sys/module/dm_multipath");
   details.add(keys::kMPIOHostDetailBackingKey, ob::String::make("linux"));
   details.add(keys::kMPIOHostDetailDriverPresentKey, booleanValue(isPresent));
-  details.add(keys::kMPIOHostDetailPermittedKey, booleanValue(permitted_));
+  details.add(keys::kMPIOHostDetailPermittedKey, booleanValue(mayAsk()));
   details.add(keys::kMPIOHostDetailKernelReleaseKey,
               fileValue(machine_.files().read("/proc/sys/kernel/osrelease")));
   return details.build();

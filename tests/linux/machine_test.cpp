@@ -131,6 +131,8 @@ TEST(RecordedMachine, FollowsItsMapsAndDevices) {
   EXPECT_FALSE(has(machine, old)) << "another device has its number";
   machine.port.listStatus = -EACCES;
   EXPECT_EQ(machine.registry().findServicesByClass(registry::kLogicalUnitClass).status, -EACCES);
+  EXPECT_THAT(text(machine.host.details()->ofHost().get()), HasSubstr("Permitted: no"))
+      << "to root";
 }
 
 TEST(RecordedMachine, IsReadAnewWhenTheKernelNumbersAnEvent) {
