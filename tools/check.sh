@@ -182,7 +182,7 @@ tidy_all() {
   local file
   while IFS= read -r -d '' file; do
     tidy_joined | xargs grep -qF "#include \"$root/$file\"" || { echo "no build names $file"; return 1; }
-  done < <(tracked {runtime,host,model,library,cli,monitor,lab,linux}/'*.cpp')
+  done < <(tracked {runtime,host,model,library,cli,monitor,maintain,lab,linux}/'*.cpp')
   tidy_joined | xargs -n 1 -P "$jobs" clang-tidy "${tidy_options[@]}" 2>&1 | sed '/ generated\.$/d'
 }
 
