@@ -13,22 +13,26 @@ namespace {
 using monitor::Failure;
 using monitor::Path;
 
-const Path& pathThatIsOut(const monitor::Storage& storage, const UnitRecord& unit,
-                          const PathRecord& record) {
-  const Path* const path = liveOf(storage, unit, record).path;
-  if (path == nullptr) throw Failure(shown(unit, record) + " is gone");
-  if (!isOut(*path)) throw Failure(shown(unit, record) + " is still in use after the request");
-  return *path;
+// Looks at the path after the request. A path of another port may have failed since the last look,
+// so the plan is held against this one too. Returns how many requests the path's disk has not
+// answered, or nothing if this host does not count them.
+std::optional<std::uint64_t> requestsOf(const Journal& journal, const monitor::Storage& storage,
+                                        const UnitRecord& unit, const PathRecord& record) {
+  expectPlanToHold(journal, storage);
+  const Path& path = *liveOf(storage, unit, record).path;
+  if (!isOut(path)) throw Failure(shown(unit, record) + " is still in use after the request");
+  return path.inFlight;
 }
 
 // Waits until the path's disk has answered everything. A request may still be on its way to the
 // disk at the first look, so two looks must find none.
-void awaitRequests(World& world, const UnitRecord& unit, const PathRecord& record, double wait) {
+void awaitRequests(World& world, const Journal& journal, const UnitRecord& unit,
+                   const PathRecord& record, double wait) {
   constexpr int kLooks = 2;
   const double end = world.seconds() + wait;
   for (int quiet = 0; quiet < kLooks;) {
-    const auto requests = pathThatIsOut(world.read(), unit, record).inFlight;
-    if (!requests) return;  // this host does not count them
+    const auto requests = requestsOf(journal, world.read(), unit, record);
+    if (!requests) return;
     quiet = *requests == 0 ? quiet + 1 : 0;
     const std::string under = monitor::counted(*requests, "request") + " under way";
     if (quiet == 0 && world.seconds() >= end) {
@@ -49,7 +53,7 @@ void takeOut(World& world, Journal& journal, const UnitRecord& unit, PathRecord&
   note(world, journal, path, Step::disabling);
   const Live live = liveOf(storage, unit, path);
   world.setUsed(*live.unit, *live.path, false);
-  awaitRequests(world, unit, path, wait);
+  awaitRequests(world, journal, unit, path, wait);
   note(world, journal, path, Step::disabled);
 }
 

@@ -51,7 +51,7 @@ Verdict verdictOn(const Watched& one, const Live& now) {
   constexpr std::uint64_t kEnoughForEachPath = 16;
   if (now.path == nullptr) return {true, shown(one.unit, one.path) + " is gone"};
   if (!isExpectedToCarry(now)) {
-    return {false, shown(one.unit, one.path) + " is ready, in a group that is not in use"};
+    return {false, shown(one.unit, one.path) + " is ready, but carries no I/O in this state"};
   }
   const std::uint64_t enough = kEnoughForEachPath * now.unit->paths.size();
   if (now.unit->counters.commands < one.unitCommands + enough) {
