@@ -20,7 +20,6 @@ class Return {
       : world_(world), journal_(journal), purpose_(purpose), wait_(wait) {}
 
   bool run() {
-    const std::size_t known = journal_.surprises.size();
     for (UnitRecord& unit : std::views::reverse(journal_.units)) {
       for (PathRecord& path : std::views::reverse(unit.paths)) {
         if (mayBeOut(path) && !isEnded_) bringBack(unit, path);
@@ -37,12 +36,15 @@ class Return {
       journal_.ended = world_.now();
     }
     keep();
-    return journal_.surprises.size() == known;
+    return !isSurprised_;
   }
 
  private:
   void surprise(const std::string& text) {
-    journal_.surprises.push_back(text);
+    // A run that is repeated may meet the same again.
+    const bool isKnown = std::ranges::find(journal_.surprises, text) != journal_.surprises.end();
+    if (!isKnown) journal_.surprises.push_back(text);
+    isSurprised_ = true;
     world_.tell(text);
   }
 
@@ -117,6 +119,7 @@ class Return {
   Journal& journal_;
   const Purpose purpose_;
   const double wait_;
+  bool isSurprised_ = false;
   bool isJournalLost_ = false;
   bool isEnded_ = false;
 };

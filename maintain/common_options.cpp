@@ -24,15 +24,15 @@ LibraryWorld::Manners mannersOf(const monitor::CommandLine& line) {
 
 std::string currentUser() {
   const char* const caller = std::getenv("SUDO_USER");
-  if (caller != nullptr && *caller != '\0') return monitor::visible(caller);
+  if (caller != nullptr && *caller != '\0') return caller;
   const passwd* const entry = ::getpwuid(::geteuid());
-  return entry != nullptr ? monitor::visible(entry->pw_name) : std::to_string(::geteuid());
+  return entry != nullptr ? entry->pw_name : std::to_string(::geteuid());
 }
 
 std::string hostName() {
   char name[256] = {};
   ::gethostname(name, sizeof name - 1);
-  return monitor::visible(name);
+  return name;
 }
 
 std::string bootID() {

@@ -46,8 +46,9 @@ void awaitRequests(World& world, const Journal& journal, const UnitRecord& unit,
 
 void takeOut(World& world, Journal& journal, const UnitRecord& unit, PathRecord& path,
              double wait) {
-  if (!world.isConfirmed(shown(unit, path) + " is to be taken out")) throw Failure("not confirmed");
+  const bool isConfirmed = world.isConfirmed(shown(unit, path) + " is to be taken out");
   if (world.isStopped()) throw Failure("stopped");
+  if (!isConfirmed) throw Failure("not confirmed");
   const monitor::Storage storage = world.read();
   expectPlanToHold(journal, storage);
   note(world, journal, path, Step::disabling);

@@ -79,8 +79,7 @@ bool Selection::isEmpty() const {
 std::vector<std::string> Selection::words() const {
   std::vector<std::string> words;
   for (const Part& part : parts_) {
-    words.push_back(std::string("--") + nameOfOption(part.option) + ' ' +
-                    monitor::visible(part.value));
+    words.push_back(std::string("--") + nameOfOption(part.option) + ' ' + part.value);
   }
   return words;
 }

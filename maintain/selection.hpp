@@ -18,7 +18,7 @@ class Selection {
   explicit Selection(const monitor::CommandLine& line);
 
   bool isEmpty() const;
-  // The options with their values, in visible text.
+  // The options with their values.
   std::vector<std::string> words() const;
   // Returns true if the selection names the path of the unit. Paths by different options are
   // united. Units alone stand for all their paths; beside other options they restrict those.

@@ -28,7 +28,7 @@ std::vector<monitor::KnownOption> withSelection(std::vector<monitor::KnownOption
 Journal planOf(const CommandLine& line) {
   const Selection selection(line);
   Journal plan = planFor(monitor::readStorage(), selection, line.values(kAcceptOption.letter));
-  plan.reason = monitor::visible(line.value(kReasonOption.letter).value_or(""));
+  plan.reason = line.value(kReasonOption.letter).value_or("");
   plan.host = hostName();
   plan.user = currentUser();
   plan.bootID = bootID();
