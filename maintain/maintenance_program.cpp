@@ -36,7 +36,7 @@ constexpr char kHelp[] =
     "      --target-port PORT  the paths to this port of the array\n"
     "      --host N            the paths of the SCSI host with this number\n"
     "      --path PATH         one path, by device, address or identifier\n"
-    "      --unit UNIT         all paths of the unit; beside other options, only paths of this "
+    "  -u, --unit UNIT         all paths of the unit; beside other options, only paths of this "
     "unit\n"
     "\n"
     "Options:\n"

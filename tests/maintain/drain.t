@@ -43,7 +43,7 @@ drain, status, undo and restore, with the journal on disk.
 While it is open, and when something changes behind it:
 
   $ maintain drain --path sdb
-  tavrenix-lab-maintain: a maintenance is open since 2026-11-22T08:07:08Z by eve: restore, resume or undo it first
+  tavrenix-lab-maintain: a maintenance is open since 20*Z by eve: restore, resume or undo it first (glob)
   [2]
   $ maintain drain --resume
   tavrenix-lab-maintain: the drain is complete: restore or undo it
