@@ -1,7 +1,6 @@
 #include "maintain/bring_back.hpp"
 
 #include <algorithm>
-#include <ranges>
 
 #include "maintain/live_paths.hpp"
 #include "maintain/traffic.hpp"
@@ -20,17 +19,15 @@ class Return {
       : world_(world), journal_(journal), purpose_(purpose), wait_(wait) {}
 
   bool run() {
-    for (UnitRecord& unit : std::views::reverse(journal_.units)) {
-      for (PathRecord& path : std::views::reverse(unit.paths)) {
-        if (mayBeOut(path) && !isEnded_) bringBack(unit, path);
+    for (auto unit = journal_.units.rbegin(); unit != journal_.units.rend(); ++unit) {
+      for (auto path = unit->paths.rbegin(); path != unit->paths.rend(); ++path) {
+        if (mayBeOut(*path) && !isEnded_) bringBack(*unit, *path);
       }
     }
     const bool isLeft = std::ranges::any_of(journal_.units, [](const UnitRecord& unit) {
       return std::ranges::any_of(unit.paths, mayBeOut);
     });
-    if (purpose_ == Purpose::restore && !isLeft) {
-      for (const auto& fault : idlePaths(world_, journal_, wait_)) surprise(fault);
-    }
+    if (purpose_ == Purpose::restore && !isLeft) checkTraffic();
     if (!isLeft) {
       journal_.state = purpose_ == Purpose::restore ? State::restored : State::undone;
       journal_.ended = world_.now();
@@ -46,6 +43,14 @@ class Return {
     if (!isKnown) journal_.surprises.push_back(text);
     isSurprised_ = true;
     world_.tell(text);
+  }
+
+  void checkTraffic() {
+    try {
+      for (const auto& fault : idlePaths(world_, journal_, wait_)) surprise(fault);
+    } catch (const std::exception& error) {
+      surprise(error.what());
+    }
   }
 
   // A journal that cannot be written keeps no path out.
@@ -76,12 +81,11 @@ class Return {
       return;
     }
     try {
-      const monitor::Storage storage = world_.read();
-      const Live live = liveOf(storage, unit, path);
-      if (live.path == nullptr) return noteGone(unit, path);
+      if (liveOf(world_.read(), unit, path).path == nullptr) return noteGone(unit, path);
       noteStep(path, Step::enabling);
-      world_.setUsed(*live.unit, *live.path, true);
-      const Path now = awaitUse(unit, path);
+      const double end = world_.seconds() + wait_;
+      askUntilTaken(unit, path, end);
+      const Path now = awaitUse(unit, path, end);
       noteStep(path, Step::enabled);
       if (isWorse(now, path)) {
         surprise(shown(unit, path) + " was " + path.state + " and came back " + stateOf(now));
@@ -98,9 +102,23 @@ class Return {
     surprise(shown(unit, path) + " is gone and cannot be brought back");
   }
 
+  // The driver refuses requests for a moment while a daemon loads another table.
+  void askUntilTaken(const UnitRecord& unit, const PathRecord& path, double end) {
+    for (;;) {
+      try {
+        const monitor::Storage storage = world_.read();
+        const Live live = liveOf(storage, unit, path);
+        if (live.path == nullptr) throw Failure("it is gone");
+        return world_.setUsed(*live.unit, *live.path, true);
+      } catch (const Failure&) {
+        if (world_.seconds() >= end) throw;
+        world_.pause();
+      }
+    }
+  }
+
   // Returns the path once it is as before, or in use at the end of the wait.
-  Path awaitUse(const UnitRecord& unit, const PathRecord& path) {
-    const double end = world_.seconds() + wait_;
+  Path awaitUse(const UnitRecord& unit, const PathRecord& path, double end) {
     for (;;) {
       const monitor::Storage storage = world_.read();
       const Path* const now = liveOf(storage, unit, path).path;

@@ -3,6 +3,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "maintain/journal_json.hpp"
@@ -49,9 +50,15 @@ std::string holderLine(const char* verb) {
          std::to_string(::getpid());
 }
 
-void report(const Journal& journal, const monitor::CommandLine& line) {
-  monitor::print(line.has(kJsonOption.letter) ? monitor::textOf(documentOf(journal), false)
-                                              : '\n' + ticketText(journal, monitor::screen()));
+int report(const Journal& journal, const monitor::CommandLine& line, bool isDone) {
+  try {
+    monitor::print(line.has(kJsonOption.letter) ? monitor::textOf(documentOf(journal), false)
+                                                : '\n' + ticketText(journal, monitor::screen()));
+    return isDone ? 0 : 1;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "the result is in the journal alone: %s\n", error.what());
+    return 1;
+  }
 }
 
 }  // namespace tavrenix::maintain

@@ -28,7 +28,8 @@ std::string bootID();
 // The line by which a lock names this run.
 std::string holderLine(const char* verb);
 
-// Prints the result for a person or for a program.
-void report(const Journal& journal, const monitor::CommandLine& line);
+// Prints the result for a person or for a program, and returns the exit status: 0 if all went as it
+// should, and 1 otherwise, also if the result cannot be printed.
+int report(const Journal& journal, const monitor::CommandLine& line, bool isDone);
 
 }  // namespace tavrenix::maintain

@@ -68,8 +68,7 @@ Journal unfinished(std::optional<Journal> journal) {
 
 int work(LibraryWorld& world, Journal journal, const CommandLine& line) {
   const bool isDrained = drain(world, journal, waitOf(line));
-  report(journal, line);
-  return isDrained ? 0 : 1;
+  return report(journal, line, isDrained);
 }
 
 int resume(const CommandLine& line, const std::string& file) {

@@ -55,8 +55,7 @@ int runReturn(int argc, char** argv, std::string file, Purpose purpose) {
   journal.state = isUndo ? State::undoing : State::restoring;
   world.keep(journal);
   const bool isDone = bringBack(world, journal, purpose, wait);
-  report(journal, line);
-  return isDone ? 0 : 1;
+  return report(journal, line, isDone);
 }
 
 }  // namespace
