@@ -53,6 +53,7 @@ Path readPath(MPIOLogicalUnitPathRef handle) {
   path.failures = counted(kMPIOLogicalUnitPathDetailFailureCountKey);
   path.errors = counted(kMPIOLogicalUnitPathDetailErrorCountKey);
   path.timeouts = counted(kMPIOLogicalUnitPathDetailTimeoutCountKey);
+  path.inFlight = counted(kMPIOLogicalUnitPathDetailInFlightKey);
   if (counters) {
     path.counters = {
         number(counters.get(), kMPIOLogicalUnitPathStatisticsBytesSentKey).value_or(0),

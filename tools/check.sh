@@ -8,7 +8,7 @@ checks=(
   "walls     no folder includes what it may not use, and no two files have the same name"
   "ratio     there are at most 36 lines of tests for every 100 lines of code"
   "headers   each public header compiles alone as C11 and as C++20, with both compilers"
-  "exports   the shared library shows the names of the public headers and no other"
+  "exports   the shared library shows the names of the public headers and no other, and tavrenix-monitor changes nothing"
   "manuals   the manual pages render without warnings and name all that the headers declare"
   "package   the Debian packages please lintian, install, run and leave nothing behind on a bare Debian"
   "shell     shellcheck finds nothing in the shell scripts"
@@ -63,6 +63,9 @@ check_exports() {
   configure_quietly test -DTAVRENIX_TESTS=ON
   compile_quietly test
   tools/check-exports build/test/linux/libtavrenix.so
+  diff <(tools/check-exports --changing build/test/linux/tavrenix-monitor) /dev/null
+  diff <(tools/check-exports --changing build/test/linux/tavrenix-maintain) \
+    <(printf '%s\n' MPIOLogicalUnitPathDisable MPIOLogicalUnitPathEnable)
 }
 
 manual_faults() {
@@ -185,7 +188,7 @@ tidy_all() {
   local file
   while IFS= read -r -d '' file; do
     tidy_joined | xargs grep -qF "#include \"$root/$file\"" || { echo "no build names $file"; return 1; }
-  done < <(tracked {runtime,host,model,library,cli,monitor,lab,linux}/'*.cpp')
+  done < <(tracked {runtime,host,model,library,cli,monitor,maintain,lab,linux}/'*.cpp')
   tidy_joined | xargs -n 1 -P "$jobs" clang-tidy "${tidy_options[@]}" 2>&1 | sed '/ generated\.$/d'
 }
 

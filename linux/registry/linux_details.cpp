@@ -39,6 +39,15 @@ Value counterValue(const FileText& file) {
   return numberValue(*number);
 }
 
+// The block layer writes the reads and the writes that are under way as two numbers.
+Value inFlightValue(const FileText& file) {
+  std::string_view text = file.text;
+  const auto reads = parseNumber(trim(takeWord(text)));
+  const auto writes = parseNumber(trim(takeWord(text)));
+  if (!reads || !writes) return nullptr;
+  return numberValue(*reads + *writes);
+}
+
 Value groupStates(const MultipathStatus& status) {
   ob::Array::Values states;
   for (const auto& group : status.groups) {
@@ -113,15 +122,17 @@ ob::Ref<const ob::Dictionary> LinuxDetails::ofPath(EntryID unit, EntryID path) {
   if (!place) return nullptr;
   const DeviceNumber device = keyOf(path).device();
   const std::string folder = place->device + '/';
-  const auto texts = machine_.files().readTogether(
-      {folder + "state", folder + "access_state", folder + "ioerr_cnt", folder + "iotmo_cnt"});
-  ob::DictionaryBuilder details(12);
+  const auto texts = machine_.files().readTogether({folder + "state", folder + "access_state",
+                                                    folder + "ioerr_cnt", folder + "iotmo_cnt",
+                                                    folderOf(keyOf(path)) + "/inflight"});
+  ob::DictionaryBuilder details(13);
   details.add(keys::kMPIOLogicalUnitPathDetailDeviceKey, detailText(place->name));
   details.add(keys::kMPIOLogicalUnitPathDetailDeviceNumberKey, detailText(device.text()));
   details.add(keys::kMPIOLogicalUnitPathDetailDeviceStateKey, fileValue(texts[0]));
   details.add(keys::kMPIOLogicalUnitPathDetailAccessStateKey, fileValue(texts[1]));
   details.add(keys::kMPIOLogicalUnitPathDetailErrorCountKey, counterValue(texts[2]));
   details.add(keys::kMPIOLogicalUnitPathDetailTimeoutCountKey, counterValue(texts[3]));
+  details.add(keys::kMPIOLogicalUnitPathDetailInFlightKey, inFlightValue(texts[4]));
   if (place->address) {
     details.add(keys::kMPIOLogicalUnitPathDetailAddressKey, detailText(textOf(*place->address)));
   }
