@@ -60,7 +60,7 @@ What is refused, with status 2:
   $ with "$well" 'entries[103]["properties"]["Logical Unit Path Identifier"] = entries[101]["properties"]["Logical Unit Path Identifier"]' && refused --path sdb
   refused: finance: path sdb shares its identifier with another path
   $ with "$well" 'image["effectiveUser"] = 1' && refused --path sdb
-  tavrenix-lab-maintain: only the superuser may ask the multipath driver; run it as root
+  tavrenix-lab-maintain: only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root
 
 For programs:
 
