@@ -112,7 +112,7 @@ A surprise is put back, with status 1:
 
   $ with "$well" 'entries[103]["details"]["inFlight"] = 3' && cp try.json busy.json && maintain drain --host 4 --wait 0 | sed '/^$/,$d'
   1/3  finance: path sdc is out
-  finance: path sdd: 3 requests under way were not answered in time: what was taken out is brought back
+  finance: path sdd: 3 requests still under way after the wait: what was taken out is brought back
   finance: path sdd is back
   finance: path sdc is back
   $ out; maintain drain --host 4 --wait 0 >/dev/null

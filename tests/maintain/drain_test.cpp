@@ -311,7 +311,7 @@ TEST(Restore, ChecksThatEachPathIsAsBeforeAndCarriesRequests) {
   };
   const Case cases[] = {
       {[](auto&) {}, "one: path a carries I/O", false, true},
-      {[](auto&) {}, "two: path g is ready, but carries no I/O in this state", false, true},
+      {[](auto&) {}, "two: path g is standby and needs no I/O", false, true},
       {[](auto& world) { world.isBusy = false; }, "one: no I/O to be seen", false, true},
       {[](auto& world) { world.idle = "a"; }, "one: path a carries no I/O although its unit does",
        true, true},
