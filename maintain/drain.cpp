@@ -34,12 +34,12 @@ void awaitRequests(World& world, const Journal& journal, const UnitRecord& unit,
     const auto requests = requestsOf(journal, world.read(), unit, record);
     if (!requests) return;
     quiet = *requests == 0 ? quiet + 1 : 0;
-    const std::string under = monitor::counted(*requests, "request") + " under way";
+    const std::string what = shown(unit, record) + ": " + monitor::counted(*requests, "request");
     if (quiet == 0 && world.seconds() >= end) {
-      throw Failure(shown(unit, record) + ": " + under + " were not answered in time");
+      throw Failure(what + " still under way after the wait");
     }
     if (world.isStopped()) throw Failure("stopped");
-    if (quiet == 0) world.showProgress(shown(unit, record) + ": waiting for " + under);
+    if (quiet == 0) world.showProgress(what + " under way");
     if (quiet < kLooks) world.pause();
   }
 }

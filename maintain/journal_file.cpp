@@ -1,7 +1,6 @@
 #include "maintain/journal_file.hpp"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -46,6 +45,17 @@ std::string lockFileOf(const std::string& journal) {
   return journal + ".lock";
 }
 
+// Takes the lock (F_OFD_SETLK), or finds out whether another process has it (F_OFD_GETLK). It
+// belongs to the open file, so that neither a child nor another open of the file in this process
+// drops it. Returns true if no other process has the lock.
+bool lock(int descriptor, int command) {
+  struct flock whole = {};
+  whole.l_type = F_WRLCK;
+  whole.l_whence = SEEK_SET;
+  return ::fcntl(descriptor, command, &whole) == 0 &&
+         (command == F_OFD_SETLK || whole.l_type == F_UNLCK);
+}
+
 std::string holderIn(int descriptor) {
   char line[256];
   const ssize_t count = ::pread(descriptor, line, sizeof line, 0);
@@ -81,7 +91,7 @@ JournalLock::JournalLock(const std::string& journal, const std::string& holder) 
   ::mkdir(folderOf(journal).c_str(), kFolderMode);  // if it fails, the file cannot be opened
   descriptor_ = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kOwnerAlone);
   if (descriptor_ < 0) refuse(file, "cannot be opened");
-  if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
+  if (!lock(descriptor_, F_OFD_SETLK)) {
     const std::string other = holderIn(descriptor_);
     ::close(descriptor_);
     throw Failure("another run is at work: " + other);
@@ -106,7 +116,7 @@ std::optional<std::string> lockHolder(const std::string& journal) {
   const int file = ::open(lockFileOf(journal).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
   if (file < 0) return std::nullopt;
   std::optional<std::string> holder;
-  if (::flock(file, LOCK_SH | LOCK_NB) != 0) holder = holderIn(file);
+  if (!lock(file, F_OFD_GETLK)) holder = holderIn(file);
   ::close(file);
   return holder;
 }

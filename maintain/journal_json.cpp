@@ -1,5 +1,7 @@
 #include "maintain/journal_json.hpp"
 
+#include <algorithm>
+
 #include "monitor/failure.hpp"
 #include "monitor/visible_text.hpp"
 
@@ -53,9 +55,13 @@ std::optional<std::string> textIn(const Json& object, const char* name) {
   return found->get<std::string>();
 }
 
+[[noreturn]] void refuseWord(const std::string& word) {
+  throw Failure("it has the unknown word " + monitor::visible(word));
+}
+
 template <class Value>
 Value known(const std::optional<Value>& value, const std::string& word) {
-  if (!value) throw Failure("it has the unknown word " + monitor::visible(word));
+  if (!value) refuseWord(word);
   return *value;
 }
 
@@ -67,6 +73,7 @@ PathRecord pathIn(const Json& object) {
   path.hostPort = textIn(object, "host_port");
   path.targetPort = textIn(object, "target_port");
   path.state = object.at("state_before").get<std::string>();
+  if (std::ranges::count(monitor::kStates, path.state) == 0) refuseWord(path.state);
   path.wasUsed = object.at("used_before").get<bool>();
   const auto step = object.at("step").get<std::string>();
   path.step = known(stepNamed(step), step);

@@ -50,8 +50,11 @@ Verdict verdictOn(const Watched& one, const Live& now) {
   // A few requests may all go down one path.
   constexpr std::uint64_t kEnoughForEachPath = 16;
   if (now.path == nullptr) return {true, shown(one.unit, one.path) + " is gone"};
+  if (!isUsable(*now.path)) {
+    return {false, shown(one.unit, one.path) + " is " + stateOf(*now.path) + " and needs no I/O"};
+  }
   if (!isExpectedToCarry(now)) {
-    return {false, shown(one.unit, one.path) + " is ready, but carries no I/O in this state"};
+    return {false, shown(one.unit, one.path) + " is ready, in a group that is not in use"};
   }
   const std::uint64_t enough = kEnoughForEachPath * now.unit->paths.size();
   if (now.unit->counters.commands < one.unitCommands + enough) {

@@ -61,10 +61,10 @@ class TestWorld final : public World {
     monitor::Path& path = at(wanted.identifier.c_str());
     path.enabled = isUsed;
     path.inFlight = isUsed ? 0 : 2;
-    count();  // the driver may have done it before the answer
     const auto& now =
         *std::ranges::find(storage.units, unit.identifier, &monitor::Unit::identifier);
     EXPECT_TRUE(usablePaths(now) != 0 || isSurprised) << unit.identifier;
+    count();  // the driver may have done it before the answer
   }
   void keep(const Journal& journal) override {
     count();
@@ -311,7 +311,7 @@ TEST(Restore, ChecksThatEachPathIsAsBeforeAndCarriesRequests) {
   };
   const Case cases[] = {
       {[](auto&) {}, "one: path a carries I/O", false, true},
-      {[](auto&) {}, "two: path g is ready, but carries no I/O in this state", false, true},
+      {[](auto&) {}, "two: path g is standby and needs no I/O", false, true},
       {[](auto& world) { world.isBusy = false; }, "one: no I/O to be seen", false, true},
       {[](auto& world) { world.idle = "a"; }, "one: path a carries no I/O although its unit does",
        true, true},
