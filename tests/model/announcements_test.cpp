@@ -67,7 +67,7 @@ class Round : public testing::Test {
     }
     backing.steps.clear();
   }
-  // Makes a round or what `how` does, and returns the steps.
+  // Makes a round, and returns its steps.
   std::string steps(std::chrono::milliseconds timeout = kForever, bool isDone = true) {
     EXPECT_EQ(announcements.announce(timeout), isDone);
     queue->drain();
