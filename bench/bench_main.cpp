@@ -10,7 +10,6 @@
 
 #include "bench/goals.hpp"
 #include "bench/library_bench.hpp"
-#include "bench/monitor_bench.hpp"
 #include "bench/notifications.hpp"
 
 // Makes the process keep the memory that it frees. Otherwise a first scan of many units would get
@@ -29,7 +28,6 @@ int main(int argc, char** argv) {
   std::ofstream figures("/dev/fd/" + std::to_string(fileno(out)));
 
   tavrenix::bench::registerLibraryBenchmarks();
-  tavrenix::bench::registerMonitorBenchmarks();
   tavrenix::bench::registerNotificationBenchmarks();
   tavrenix::bench::Recorder recorder;
   recorder.SetOutputStream(&figures);

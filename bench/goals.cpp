@@ -1,7 +1,6 @@
 #include "bench/goals.hpp"
 
 #include "bench/library_bench.hpp"
-#include "bench/monitor_bench.hpp"
 #include "bench/process.hpp"
 
 namespace tavrenix::bench {
@@ -82,16 +81,11 @@ void printGoals(std::FILE* out, const Recorder& recorder) {
     printGoal(out, "list again, times its floor, " + units,
               ratio(recorder, "list_again", "list_floor", size), 5);
   }
-  for (const char* name : {"monitor_json", "monitor_metrics"}) {
-    printGoal(out, std::string(name) + ", times list and the counters of all paths, 1000 units",
-              ratio(recorder, name, "list_and_counters", "1000"), 2);
-  }
   const StartTimes starts = measureStart();
   if (starts.emptyTool > 0) {
     printGoal(out, "tavrenix without arguments, times /bin/true", starts.tool / starts.emptyTool,
               2);
   }
-  printGoal(out, "monitor: memory after 100,000 refreshes to that after 1,000", measureGrowth(), 1);
   const Memory memory = measureMemory();
   printGoal(out, "KiB of memory a path", memory.bytesPerPath / 1024, 2);
   printGoal(out, "KiB of memory a unit", memory.bytesPerUnit / 1024, 4);

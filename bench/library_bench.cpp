@@ -114,18 +114,6 @@ void inTurn(benchmark::State& state, std::uint64_t count, Work work) {
   }
 }
 
-// The least that a report of all units with the counters of their paths costs.
-void listAndCounters(benchmark::State& state) {
-  hostFor(state);
-  settle();
-  for (auto _ : state) {
-    runTool({"tavrenix", "list"});
-    for (ObTypeRef path : allPaths()) {
-      ObRelease(MPIOLogicalUnitPathCopyStatistics(static_cast<MPIOLogicalUnitPathRef>(path)));
-    }
-  }
-}
-
 void unitProperties(benchmark::State& state) {
   hostFor(state);
   const Elements units = allUnits();
@@ -197,7 +185,6 @@ void registerLibraryBenchmarks() {
     add("first_scan_and_list", size, firstScanAndList);
     add("first_scan_and_list_floor", size, firstScanAndListFloor);
     add("list_again", size, listAgain);
-    if (size == 1'000) add("list_and_counters", size, listAndCounters);
     add("list_floor", size, [](benchmark::State& state) {
       floorOf(state, [](const Floor& floor) {
         floor.list(stdout);

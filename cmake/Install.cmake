@@ -8,8 +8,8 @@ set(TAVRENIX_ZSH_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/zsh/site-functions
   CACHE STRING "Where zsh looks for completions")
 
 # Programs. The command is for the superuser, a simulation is for any user.
-install(TARGETS tavrenix tavrenix-monitor DESTINATION ${CMAKE_INSTALL_SBINDIR})
-install(TARGETS tavrenix-lab tavrenix-lab-watch tavrenix-lab-monitor tavrenix-lab-generate)
+install(TARGETS tavrenix tavrenix-monitor tavrenix-maintain DESTINATION ${CMAKE_INSTALL_SBINDIR})
+install(TARGETS tavrenix-lab tavrenix-lab-watch tavrenix-lab-monitor tavrenix-lab-maintain tavrenix-lab-generate)
 
 # The library, and what programs that use it are built with.
 file(GLOB c_headers CONFIGURE_DEPENDS include/tavrenix/*.h)
@@ -44,6 +44,7 @@ function(tavrenix_install_completions file)
 endfunction()
 tavrenix_install_completions(tavrenix tavrenix tavrenix-lab)
 tavrenix_install_completions(tavrenix-monitor tavrenix-monitor tavrenix-lab-monitor)
+tavrenix_install_completions(tavrenix-maintain tavrenix-maintain tavrenix-lab-maintain)
 install(FILES monitor/tavrenix-monitor.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/tavrenix)
 # For many machines: services that are off until they are enabled, and what their Prometheus and Grafana read.
 install(DIRECTORY fleet/systemd/ DESTINATION lib/systemd/system)

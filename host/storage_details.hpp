@@ -28,6 +28,7 @@
   X(kMPIOLogicalUnitPathDetailTargetPortKey, "Logical Unit Path Target Port")     \
   X(kMPIOLogicalUnitPathDetailErrorCountKey, "Logical Unit Path Error Count")     \
   X(kMPIOLogicalUnitPathDetailTimeoutCountKey, "Logical Unit Path Timeout Count") \
+  X(kMPIOLogicalUnitPathDetailInFlightKey, "Logical Unit Path In Flight")         \
   X(kMPIOHostDetailBackingKey, "Host Backing")                                    \
   X(kMPIOHostDetailDriverPresentKey, "Host Driver Present")                       \
   X(kMPIOHostDetailPermittedKey, "Host Permitted")                                \

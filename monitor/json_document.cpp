@@ -37,6 +37,7 @@ void addPath(Json& object, const Path& path) {
   add(object, "failures", path.failures);
   add(object, "errors", path.errors);
   add(object, "timeouts", path.timeouts);
+  add(object, "in_flight", path.inFlight);
   if (path.counters) object["counters"] = countersAsJson(*path.counters);
 }
 
@@ -91,7 +92,7 @@ Json hostAsJson(const Host& host) {
 
 Json beginDocument(const Host& host) {
   const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return {{"version", {{"major", 1}, {"minor", 0}}},
+  return {{"version", {{"major", 1}, {"minor", 1}}},
           {"time_unix_ms", std::chrono::duration_cast<std::chrono::milliseconds>(now).count()},
           {"host", hostAsJson(host)}};
 }

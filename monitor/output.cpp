@@ -72,11 +72,11 @@ std::string readFile(const std::string& path) {
   }
 }
 
-void replaceFile(const std::string& path, std::string_view content) {
+void replaceFile(const std::string& path, std::string_view content, unsigned mode) {
   std::string beside = path + ".XXXXXX";
   const OpenFile file(::mkostemp(beside.data(), O_CLOEXEC));
   if (file.get() < 0) fail(path, "cannot be written beside", errno);
-  if (!writeAll(file.get(), content) || ::fchmod(file.get(), 0644) != 0 ||
+  if (!writeAll(file.get(), content) || ::fchmod(file.get(), mode) != 0 ||
       ::fsync(file.get()) != 0 || ::rename(beside.c_str(), path.c_str()) != 0) {
     const int error = errno;
     ::unlink(beside.c_str());

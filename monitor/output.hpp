@@ -13,9 +13,9 @@ void print(std::string_view text);
 // it has more than 64 MiB.
 std::string readFile(const std::string& path);
 
-// Replaces the file by one of that content and of mode 0644, or leaves it as it was: the content is
-// written beside it first. Errors: throws Failure, which names the file and the cause.
-void replaceFile(const std::string& path, std::string_view content);
+// Replaces the file by one of that content and mode, or leaves it as it was: the content is written
+// beside it first. Errors: throws Failure, which names the file and the cause.
+void replaceFile(const std::string& path, std::string_view content, unsigned mode = 0644);
 
 // How standard output shows text.
 struct Screen {

@@ -53,6 +53,7 @@ Path readPath(MPIOLogicalUnitPathRef handle) {
   path.failures = counted(kMPIOLogicalUnitPathDetailFailureCountKey);
   path.errors = counted(kMPIOLogicalUnitPathDetailErrorCountKey);
   path.timeouts = counted(kMPIOLogicalUnitPathDetailTimeoutCountKey);
+  path.inFlight = counted(kMPIOLogicalUnitPathDetailInFlightKey);
   if (counters) {
     path.counters = {
         number(counters.get(), kMPIOLogicalUnitPathStatisticsBytesSentKey).value_or(0),
@@ -156,7 +157,8 @@ Storage readStorage() {
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     storage.host = readHost();
     if (storage.host.permitted == false) {
-      throw Failure("only the superuser may ask the multipath driver; run it as root");
+      throw Failure(
+          "only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root");
     }
     storage.units = readUnits();
     if (readGeneration() == storage.host.generation) break;

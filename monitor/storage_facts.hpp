@@ -25,7 +25,7 @@ struct Path {
   std::optional<std::string> interconnect, hostPort, targetPort;
   std::optional<std::string> device, deviceNumber, address;
   std::optional<std::string> driverState, deviceState, accessState;
-  std::optional<std::uint64_t> group, failures, errors, timeouts;
+  std::optional<std::uint64_t> group, failures, errors, timeouts, inFlight;
 
   const std::string& title() const { return device ? *device : identifier; }
 };

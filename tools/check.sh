@@ -8,14 +8,14 @@ checks=(
   "walls     no folder includes what it may not use, and no two files have the same name"
   "ratio     there are at most 36 lines of tests for every 100 lines of code"
   "headers   each public header compiles alone as C11 and as C++20, with both compilers"
-  "exports   the shared library shows the names of the public headers and no other"
+  "exports   the shared library shows the names of the public headers and no other, and tavrenix-monitor changes nothing"
   "manuals   the manual pages render without warnings and name all that the headers declare"
   "package   the Debian packages please lintian, install, run and leave nothing behind on a bare Debian"
   "shell     shellcheck finds nothing in the shell scripts"
   "scripts   the tests of the scripts themselves"
   "address   everything builds with clang, and all tests pass under the address, leak and undefined-behaviour sanitizers"
   "thread    the tests of what has threads pass under the thread sanitizer"
-  "fuzz      the fuzzing programs find nothing in a bounded count of runs"
+  "fuzz      the fuzzing programs find nothing in a bounded count of runs, a quarter of those of ./run fuzz"
   "tidy      clang-tidy finds nothing"
   "documents the sessions that documents show are what the programs print"
   "valgrind  memcheck finds nothing in the commands of the demo"
@@ -63,6 +63,9 @@ check_exports() {
   configure_quietly test -DTAVRENIX_TESTS=ON
   compile_quietly test
   tools/check-exports build/test/linux/libtavrenix.so
+  diff <(tools/check-exports --changing build/test/linux/tavrenix-monitor) /dev/null
+  diff <(tools/check-exports --changing build/test/linux/tavrenix-maintain) \
+    <(printf '%s\n' MPIOLogicalUnitPathDisable MPIOLogicalUnitPathEnable)
 }
 
 manual_faults() {
@@ -87,9 +90,12 @@ check_manuals() {
   [[ -z $faults ]] || { echo "$faults"; return 1; }
 }
 
+# Compiles with little optimisation and without debug information, which takes half of the time. ./run test compiles the
+# same code as it is meant to be.
 check_package() {
   ((EUID == 0)) || { echo "a bare Debian is made by the superuser alone"; return "$skipped"; }
   same_version_everywhere
+  local -x DEB_BUILD_OPTIONS=noautodbgsym DEB_CFLAGS_APPEND="-O1 -g0" DEB_CXXFLAGS_APPEND="-O1 -g0"
   logged package make_packages
   lint_packages
   logged bare in_bare_folder try_packages
@@ -112,14 +118,11 @@ check_scripts() {
   cram3 --shell=/bin/bash tools/tests/*.t
 }
 
-# build_and_test NAME OPTION...: builds build/NAME with these options and runs all tests.
-build_and_test() {
-  local name=$1
-  configure_quietly "$name" -DTAVRENIX_TESTS=ON "${@:2}"
-  compile_quietly "$name"
-  logged "$name-test" "${test_prefix[@]}" \
-    ctest --test-dir "build/$name" --output-on-failure --no-tests=error -j "$jobs"
-  grep 'tests passed' "$logs/$name-test.log"
+# test_build NAME OPTION...: runs the tests of build/NAME, with these options of ctest.
+test_build() {
+  logged "$1-test" "${test_prefix[@]}" \
+    ctest --test-dir "build/$1" --output-on-failure --no-tests=error -j "$jobs" "${@:2}"
+  grep 'tests passed' "$logs/$1-test.log"
 }
 test_prefix=()
 
@@ -144,7 +147,9 @@ check_address() {
   address_build
   export ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1:strict_string_checks=1:check_initialization_order=1
   export UBSAN_OPTIONS=print_stacktrace=1
-  build_and_test address "${options[@]}"
+  configure_quietly address -DTAVRENIX_TESTS=ON "${options[@]}"
+  compile_quietly address
+  test_build address
 }
 
 check_thread() {
@@ -156,7 +161,9 @@ check_thread() {
   fi
   local -a options
   sanitized -O0 thread
-  build_and_test thread "${options[@]}"
+  configure_quietly thread -DTAVRENIX_TESTS=ON "${options[@]}"
+  compile_quietly thread --target threaded-tests
+  test_build thread --label-regex threads
 }
 
 check_fuzz() {
@@ -164,7 +171,7 @@ check_fuzz() {
   address_build
   configure_quietly address -DTAVRENIX_TESTS=ON "${options[@]}"
   compile_quietly address --target fuzz-programs
-  fuzz_all build/address
+  fuzz_all build/address 4
 }
 
 # clang-tidy checks the joined files of a folder, as they are compiled, because most of the time goes into the headers
@@ -181,7 +188,7 @@ tidy_all() {
   local file
   while IFS= read -r -d '' file; do
     tidy_joined | xargs grep -qF "#include \"$root/$file\"" || { echo "no build names $file"; return 1; }
-  done < <(tracked {runtime,host,model,library,cli,monitor,lab,linux}/'*.cpp')
+  done < <(tracked {runtime,host,model,library,cli,monitor,maintain,lab,linux}/'*.cpp')
   tidy_joined | xargs -n 1 -P "$jobs" clang-tidy "${tidy_options[@]}" 2>&1 | sed '/ generated\.$/d'
 }
 
@@ -218,10 +225,33 @@ check_valgrind() {
   in_demo_folder valgrind_demo
 }
 
-# Runs the named steps, or all if none is named. Goes on after a step that fails.
+# Steps on build/address, in this order. They run beside the others, so that no processor waits for a step that is at its
+# last job.
+on_address=(address tidy fuzz)
+
+# run_checks NAME...: runs these steps. Goes on after a step that fails, and adds it to the list of those.
+run_checks() {
+  local name status out
+  for name in "$@"; do
+    out=$logs/check-$name.log
+    # A call in a condition would switch off `set -e` inside the function.
+    set +e
+    (set -e; "check_$name") >"$out" 2>&1
+    status=$?
+    set -e
+    case $status in
+      0) echo "      $name: ok" ;;
+      "$skipped") echo "      $name: skipped" ;;
+      *) echo "      $name: FAILED" && echo "$name" >>"$logs/check-failed" ;;
+    esac >>"$out"
+    cat "$out"
+  done
+}
+
+# Runs the named steps, or all if none is named, in the order of the table.
 check_main() {
   local row name status wanted=("$@")
-  local -a failed=()
+  local -a beside=() others=()
   ((${#wanted[@]})) || wanted=("${checks[@]%% *}")
   for name in "${wanted[@]}"; do
     if ! printf '%s\n' "${checks[@]%% *}" | grep -qxF -e "$name"; then
@@ -230,23 +260,21 @@ check_main() {
       exit "${status:-0}"
     fi
   done
-  steps $((${#wanted[@]} + 1))
+  steps 2
   install_packages check
-  for row in "${checks[@]}"; do
-    name=${row%% *}
-    [[ " ${wanted[*]} " == *" $name "* ]] || continue
-    step "$row"
-    # A call in a condition would switch off `set -e` inside the function.
-    set +e
-    (set -e; "check_$name")
-    status=$?
-    set -e
-    case $status in
-      0) echo "      ok" ;;
-      "$skipped") echo "      skipped" ;;
-      *) echo "      FAILED" && failed+=("$name") ;;
-    esac
+  step "checks: ${wanted[*]}"
+  for name in "${on_address[@]}" "${checks[@]%% *}"; do
+    [[ " ${wanted[*]} " == *" $name "* && " ${beside[*]} " != *" $name "* ]] || continue
+    if [[ " ${on_address[*]} " == *" $name "* ]]; then beside+=("$name"); else others+=("$name"); fi
   done
-  ((${#failed[@]} == 0)) || fail "failed: ${failed[*]}"
+  mkdir -p "$logs"
+  rm -f "$logs/check-failed"
+  # A command in the background ignores Ctrl-C.
+  trap 'trap - TERM && kill 0' INT
+  run_checks "${beside[@]}" &
+  local lane=$!
+  run_checks "${others[@]}"
+  wait "$lane"
+  [[ ! -e $logs/check-failed ]] || fail "failed: $(xargs <"$logs/check-failed")"
   echo "All checks passed."
 }

@@ -39,15 +39,16 @@ fuzz_bounded() {
   fuzz_program "$1" -seed=1 -entropic=0 -runs="$2" "$corpus" "${seeds[@]}"
 }
 
-# fuzz_all BUILD: runs each program for its number of inputs, as many programs at a time as there are processors.
+# fuzz_all BUILD [SHARE]: runs each program for its number of inputs, or for one of SHARE of them, as many programs at a
+# time as there are processors.
 fuzz_all() {
-  local fuzz_build=$1
+  local fuzz_build=$1 share=${2:-1}
   local row name runs failed=build/fuzz/failed
   rm -f "$failed"
   for row in "${fuzz_programs[@]}"; do
     read -r name runs <<<"$row"
     while (($(jobs -rp | wc -l) >= jobs)); do wait -n || true; done
-    { (logged "fuzz-$name" fuzz_bounded "$name" "$runs") || echo "$name" >>"$failed"; } &
+    { (logged "fuzz-$name" fuzz_bounded "$name" $((runs / share))) || echo "$name" >>"$failed"; } &
   done
   wait
   [[ ! -e $failed ]] && return

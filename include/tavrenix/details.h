@@ -78,6 +78,8 @@ OB_EXPORT extern const ObStringRef kMPIOLogicalUnitPathDetailTargetPortKey;
  * the kernel found the disk */
 OB_EXPORT extern const ObStringRef kMPIOLogicalUnitPathDetailErrorCountKey;
 OB_EXPORT extern const ObStringRef kMPIOLogicalUnitPathDetailTimeoutCountKey;
+/* number: requests that the disk has not answered yet */
+OB_EXPORT extern const ObStringRef kMPIOLogicalUnitPathDetailInFlightKey;
 
 /* Returns the details of the path. Errors: NULL if the path is not present, if the host knows
  * nothing of it, or if memory ran out. */

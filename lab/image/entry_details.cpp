@@ -44,6 +44,7 @@ const Detail kPathDetails[] = {
     {"targetPort", keys::kMPIOLogicalUnitPathDetailTargetPortKey, Kind::kText},
     {"errors", keys::kMPIOLogicalUnitPathDetailErrorCountKey, Kind::kNumber},
     {"timeouts", keys::kMPIOLogicalUnitPathDetailTimeoutCountKey, Kind::kNumber},
+    {"inFlight", keys::kMPIOLogicalUnitPathDetailInFlightKey, Kind::kNumber},
 };
 
 ob::Ref<const ob::Object> detailFromJSON(const Json& json, const Place& place, Kind kind) {

@@ -1,6 +1,7 @@
 #include "linux/registry/linux_details.hpp"
 
 #include <algorithm>
+#include <cerrno>
 
 #include "linux/registry/selectors.hpp"
 #include "linux/topology/ports.hpp"
@@ -36,6 +37,15 @@ Value counterValue(const FileText& file) {
   const auto number = parseNumber(text, 16);
   if (!number) return nullptr;
   return numberValue(*number);
+}
+
+// The block layer writes the reads and the writes that are under way as two numbers.
+Value inFlightValue(const FileText& file) {
+  std::string_view text = file.text;
+  const auto reads = parseNumber(trim(takeWord(text)));
+  const auto writes = parseNumber(trim(takeWord(text)));
+  if (!reads || !writes) return nullptr;
+  return numberValue(*reads + *writes);
 }
 
 Value groupStates(const MultipathStatus& status) {
@@ -112,15 +122,17 @@ ob::Ref<const ob::Dictionary> LinuxDetails::ofPath(EntryID unit, EntryID path) {
   if (!place) return nullptr;
   const DeviceNumber device = keyOf(path).device();
   const std::string folder = place->device + '/';
-  const auto texts = machine_.files().readTogether(
-      {folder + "state", folder + "access_state", folder + "ioerr_cnt", folder + "iotmo_cnt"});
-  ob::DictionaryBuilder details(12);
+  const auto texts = machine_.files().readTogether({folder + "state", folder + "access_state",
+                                                    folder + "ioerr_cnt", folder + "iotmo_cnt",
+                                                    folderOf(keyOf(path)) + "/inflight"});
+  ob::DictionaryBuilder details(13);
   details.add(keys::kMPIOLogicalUnitPathDetailDeviceKey, detailText(place->name));
   details.add(keys::kMPIOLogicalUnitPathDetailDeviceNumberKey, detailText(device.text()));
   details.add(keys::kMPIOLogicalUnitPathDetailDeviceStateKey, fileValue(texts[0]));
   details.add(keys::kMPIOLogicalUnitPathDetailAccessStateKey, fileValue(texts[1]));
   details.add(keys::kMPIOLogicalUnitPathDetailErrorCountKey, counterValue(texts[2]));
   details.add(keys::kMPIOLogicalUnitPathDetailTimeoutCountKey, counterValue(texts[3]));
+  details.add(keys::kMPIOLogicalUnitPathDetailInFlightKey, inFlightValue(texts[4]));
   if (place->address) {
     details.add(keys::kMPIOLogicalUnitPathDetailAddressKey, detailText(textOf(*place->address)));
   }
@@ -135,13 +147,20 @@ ob::Ref<const ob::Dictionary> LinuxDetails::ofPath(EntryID unit, EntryID path) {
   return details.build();
 }
 
+// Root of a container may lack CAP_SYS_ADMIN, or the right to open the driver's device.
+bool LinuxDetails::mayAsk() {
+  if (!isRoot_) return false;
+  const int status = machine_.units().status;
+  return status != -EACCES && status != -EPERM;
+}
+
 ob::Ref<const ob::Dictionary> LinuxDetails::ofHost() {
   ob::DictionaryBuilder details(4);
   // A module with parameters, like this one, is in /sys/module even if it is built in.
   const bool isPresent = machine_.files().exists("/sys/module/dm_multipath");
   details.add(keys::kMPIOHostDetailBackingKey, ob::String::make("linux"));
   details.add(keys::kMPIOHostDetailDriverPresentKey, booleanValue(isPresent));
-  details.add(keys::kMPIOHostDetailPermittedKey, booleanValue(permitted_));
+  details.add(keys::kMPIOHostDetailPermittedKey, booleanValue(mayAsk()));
   details.add(keys::kMPIOHostDetailKernelReleaseKey,
               fileValue(machine_.files().read("/proc/sys/kernel/osrelease")));
   return details.build();

@@ -10,16 +10,19 @@ namespace tavrenix::sys {
 
 class LinuxDetails final : public MPIODetails {
  public:
-  // machine: borrowed and outlives this object. permitted: the caller may ask the driver.
-  LinuxDetails(Machine& machine, bool permitted) : machine_(machine), permitted_(permitted) {}
+  // machine: borrowed and outlives this object, and not read if the caller is not root.
+  LinuxDetails(Machine& machine, bool isRoot) : machine_(machine), isRoot_(isRoot) {}
 
   ob::Ref<const ob::Dictionary> ofLogicalUnit(EntryID unit) override;
   ob::Ref<const ob::Dictionary> ofPath(EntryID unit, EntryID path) override;
   ob::Ref<const ob::Dictionary> ofHost() override;
 
  private:
+  // Returns true if the caller may ask the driver.
+  bool mayAsk();
+
   Machine& machine_;
-  bool permitted_;
+  bool isRoot_;
 };
 
 }  // namespace tavrenix::sys

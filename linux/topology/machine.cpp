@@ -92,6 +92,8 @@ std::uint64_t Machine::snapshotNumber() {
 
 Answer<std::vector<EntryID>> Machine::units() {
   const Lock lock(mutex_);
+  // Who lists the units asks for the counters of all of them.
+  if (View* const view = this->view()) view->counterQuestions = kFewCounters;
   return snapshot().units();
 }
 

@@ -81,7 +81,8 @@ class Machine {
   DeviceMapperPort& port() { return port_; }
 
  private:
-  // After so many reads of counters in one look, the others come from one table of all disks.
+  // After so many reads of counters in one look, or a list of the units, the others come from one
+  // table of all disks.
   static constexpr int kFewCounters = 8;
   // The number of paths whose states are read at once. Each takes two descriptors.
   static constexpr std::size_t kPathsAtOnce = 8;

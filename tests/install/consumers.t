@@ -10,6 +10,8 @@ An installation that is moved afterwards: no file in it has the old path.
   2
   $ prefix/bin/tavrenix-lab-monitor "$samples/degraded.json" check -i finance | cut -d ' ' -f 1,2
   TAVRENIX OK
+  $ prefix/bin/tavrenix-lab-maintain "$samples/degraded.json" plan --path sdf | tail -n 1
+  Nothing was changed.
   $ on_this_machine() { LD_LIBRARY_PATH=$PWD/prefix/lib "$@"; }
   $ on_this_machine prefix/sbin/tavrenix-monitor json | grep backing
       "backing": "linux",

@@ -2,10 +2,11 @@ bash and zsh use the same files of completions, one for each program. An image s
 
   $ samples=$TESTDIR/../../samples files=$TESTDIR/../../completions
   $ mkdir bin && printf '#!/bin/sh\nexec "%s" "%s" "$@"\n' "$BUILD/lab/tavrenix-lab" "$samples/small.json" >bin/tavrenix
-  $ chmod +x bin/tavrenix && export PATH=$PWD/bin:$BUILD/lab:$PATH && source "$files/tavrenix" && source "$files/tavrenix-monitor"
+  $ chmod +x bin/tavrenix && export PATH=$PWD/bin:$BUILD/lab:$PATH
+  $ for file in "$files"/*; do source "$file"; done
   $ in_bash() {
   >   COMP_WORDS=("$@") COMP_CWORD=$(($# - 1))
-  >   if [[ $1 == *-monitor ]]; then _tavrenix_monitor_bash "$1"; else _tavrenix_bash "$1"; fi
+  >   case $1 in *-monitor) _tavrenix_monitor_bash "$1" ;; *-maintain) _tavrenix_maintain_bash "$1" ;; *) _tavrenix_bash "$1" ;; esac
   >   echo "${COMPREPLY[@]}"
   > }
   $ cat >zsh.zsh <<'END'
@@ -14,7 +15,7 @@ bash and zsh use the same files of completions, one for each program. An image s
   > compset() { words[CURRENT]=${words[CURRENT]#*=} }
   > compadd() { echo ${(M)${(P)2}:#$words[CURRENT]*} }
   > _files() { echo $words[CURRENT]*(N) }
-  > if [[ $service == *-monitor ]]; then source $1/tavrenix-monitor; else source $1/tavrenix; fi
+  > case $service in *-monitor|*-maintain) source $1/tavrenix-${service##*-} ;; *) source $1/tavrenix ;; esac
   > END
   $ id() { echo 0; }
   $ complete_words() {
@@ -66,6 +67,13 @@ The monitor's verbs, options and their values, its units and its files:
   600A0B8000112233445566778899AABB 600A0B8000112233445566778899AABC
   $ complete_words tavrenix-lab-monitor 'an image.json' check --baseline an
   an image.json
+
+  $ complete_words tavrenix-maintain ''
+  plan drain status undo restore --help --version
+  $ cp "$samples/degraded.json" degraded.json && complete_words tavrenix-lab-maintain degraded.json drain --host-port ''
+  2100001b32000001 2100001b32000002
+  $ complete_words tavrenix-lab-maintain degraded.json restore --w
+  --wait
 
 For an ordinary user there are no identifiers to complete, and the tool is not started:
 

@@ -5,7 +5,7 @@
 
 # First the programs that scenarios call, then the libraries that these need.
 guest_packages=(busybox-static udev multipath-tools kpartx dmsetup strace e2fsprogs util-linux fdisk
-  libc6 libgcc-s1 libstdc++6 libacl1 libaio1 libblkid1 libbsd0 libcap2 libcom-err2 libdevmapper-event1.02.1
+  libc6 libgcc-s1 libstdc++6 libacl1 libaio1 libblkid1 libbsd0 libcap-ng0 libcap2 libcom-err2 libdevmapper-event1.02.1
   libdevmapper1.02.1 libedit2 libext2fs2 libfdisk1 libgcrypt20 libgpg-error0 libjson-c5 libkmod2 liblz4-1
   liblzma5 libmd0 libmount1 libpcre2-8-0 libreadline8 libselinux1 libsmartcols1 libssl3 libsystemd0 libtinfo6
   libudev1 libunwind8 liburcu8 libuuid1 libzstd1)

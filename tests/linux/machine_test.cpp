@@ -77,6 +77,7 @@ TEST(RecordedMachine, SaysWhatItsFilesSay) {
       {"/sys/block/sda/device/type", "/"},
       {"/sys/block/sde/device/inquiry", ",1234567EV\x1b[IL  ../../../../etc\xff\n"},
       {"/sys/block/sde/device/access_state", "-"},
+      {"/sys/block/sde/inflight", "       2       40\n"},
       {"/sys/block/sde/stat", "7 1 8388609 9 5 1 16 3 0 1 2 11 0 8 1 13 4 99\n"},
       // The daemon fails a path whose port is unavailable; one is failed by hand.
       {"/sys/dev/block/8:16", "->../../devices/pci0/host3/rport-3:0-1/3:0:1:5/block/sdb"},
@@ -131,6 +132,8 @@ TEST(RecordedMachine, FollowsItsMapsAndDevices) {
   EXPECT_FALSE(has(machine, old)) << "another device has its number";
   machine.port.listStatus = -EACCES;
   EXPECT_EQ(machine.registry().findServicesByClass(registry::kLogicalUnitClass).status, -EACCES);
+  EXPECT_THAT(textOf(machine.host.details()->ofHost().get()), HasSubstr("Permitted: no"))
+      << "to root";
 }
 
 TEST(RecordedMachine, IsReadAnewWhenTheKernelNumbersAnEvent) {

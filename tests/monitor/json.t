@@ -24,7 +24,7 @@ The document shows every fact of the image. Counters of 64 bits are exact:
   > print(re.sub(r"\s+", " ", unit[:unit.index("\"paths\"")]))
   > at = unit.index("004F00F0000F0001")
   > print(re.sub(r"\s+", " ", unit[at:unit.index("}", at)]))'
-  { "version": { "major": 1, "minor": 0 }, TIME, "host": { "backing": "simulation", "driver_present": true, "kernel_release": "6.1.0-18-amd64", "generation": 7 }, 
+  { "version": { "major": 1, "minor": 1 }, TIME, "host": { "backing": "simulation", "driver_present": true, "kernel_release": "6.1.0-18-amd64", "generation": 7 }, 
   "identifier": "600A0B8000112233445566778899AABB", "alias": "finance", "vendor": "EXAMPLE", "product": "Array 2", "device": "dm-3", "map_name": "finance", "wwid": "3600a0b8000112233445566778899aabb", "size_bytes": 750000000000, "algorithm": "least_bytes", "selector": "service-time", "hardware_handler": "alua", "queueing": true, "suspended": false, "open_count": 1, "group_states": [ "active", "enabled" ], "paths_total": 4, "paths_usable": 2, "counters": { "bytes_sent": 18446744073709551615, "bytes_received": 16781312, "commands": 4609 }, "volumes": [ { "name": "Ledger", "device": "dm-3", "size_bytes": 750000000000 } ], 
   004F00F0000F0001", "state": "active_optimized", "enabled": false, "usable": false, "interconnect": "Fibre Channel Interface", "host_port": "2100001b32000002", "target_port": "50060e8000000011", "device": "sdc", "device_number": "8:32", "address": "4:0:0:1", "group": 1, "driver_state": "failed", "device_state": "running", "access_state": "active/optimized", "failures": 3, "errors": 17, "timeouts": 5, "counters": { "bytes_sent": 18446744073709551615, "bytes_received": 8388608, "commands": 2304 
 

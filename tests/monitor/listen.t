@@ -52,7 +52,7 @@ If the server loses its rights, its next answer says so:
   $ with 'image["effectiveUser"] = 1' 'image["generation"] = 9' && mv try.json served.json
   $ until get /metrics >third; grep -q 'success 0' third; do sleep 0.05; done; promtool check metrics <third
   $ get /healthz
-  500 only the superuser may ask the multipath driver; run it as root
+  500 only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root
 
 A message says why the server cannot listen on an address. SIGTERM ends it with status 0:
 

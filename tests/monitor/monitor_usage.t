@@ -36,10 +36,10 @@ No verb shows anything to an ordinary user. All say why, and the file of metrics
   $ for verb in status json metrics "metrics --textfile out.prom" "baseline record out.json" check; do
   >   monitor try.json $verb 2>&1; echo "status $?"
   > done | sort | uniq -c
-        1 TAVRENIX UNKNOWN - only the superuser may ask the multipath driver; run it as root
+        1 TAVRENIX UNKNOWN - only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root
         5 status 2
         1 status 3
-        5 tavrenix-lab-monitor: only the superuser may ask the multipath driver; run it as root
+        5 tavrenix-lab-monitor: only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root
   $ ls out.*; grep -v '#\|build\|seconds' out.prom
   out.prom
   tavrenix_collector_success 0

@@ -24,10 +24,10 @@
 
 Units that look alike share a box. With --unfold each has its own; no two boxes overlap, and ports are repeated:
 
-  $ tavrenix-lab-generate 1000 8 >many.json
+  $ tavrenix-lab-generate 1000 2 >many.json
   $ monitor many.json picture | grep -A 1 x1000
   Unit 1 x1000
-    H1  =A=    -  12%  1000 paths
+    H1  ====A====    -  50%  1000 paths
   $ for format in svg html dot; do
   >   monitor many.json picture --output many.$format; monitor many.json picture --unfold --format $format >each.$format
   >   echo $(grep -c 'data-box="[0-9]*"><title>\|^  u[0-9]* \[' many.$format each.$format)
@@ -47,10 +47,10 @@ Units that look alike share a box. With --unfold each has its own; no two boxes 
   >     assert spots and max(y + tall for _, y, tall in spots) < 1200 < height, "a band is no taller than a screen or two"
   > END
   $ dot -Tsvg many.dot | grep -c '<g id="edge'
-  8
+  2
   $ monitor try.json picture -o /nowhere/a.svg
   tavrenix-lab-monitor: /nowhere/a.svg: cannot be written beside: No such file or directory
   [2]
   $ with 'image["effectiveUser"] = 1' && monitor try.json picture -o many.svg; grep -c 2100001B many.svg
-  tavrenix-lab-monitor: only the superuser may ask the multipath driver; run it as root
-  8
+  tavrenix-lab-monitor: only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root
+  2

@@ -21,7 +21,7 @@
   tavrenix-lab-monitor: top needs a terminal; use --batch, or status
   [2]
   $ on_terminal() { script -qec "stty rows $1 cols $2; tavrenix-lab-monitor many.json top --delay 1" /dev/null; }
-  $ tavrenix-lab-generate 1000 8 >many.json
+  $ tavrenix-lab-generate 1000 2 >many.json
   $ printf '?x u/Unit 99\nSrq' | TERM=xterm on_terminal 10 40 | grep -o '1000 units\|fold or unfold all\|by name' | sort -u
   1000 units
   by name

@@ -104,7 +104,7 @@ TEST(TopModel, TheSelectionStaysWithItsUnit) {
 
 TEST(Collector, AsksTheHostAtMostTwiceWhatAListWithCountersAsks) {
   test::LibraryHost host;
-  test::addStorage(host->memory, {.units = 1000, .paths = 8, .volumes = 1});
+  test::addStorage(host->memory, {.units = 250, .paths = 8, .volumes = 1});
   readStorage();
   host->watch.reset();
   const Owned<ObArrayRef> units(MPIOCopyLogicalUnits());
@@ -119,9 +119,9 @@ TEST(Collector, AsksTheHostAtMostTwiceWhatAListWithCountersAsks) {
   const std::size_t least = host->watch.failable();
   host->watch.reset();
   const std::string document = textOf(documentOfUnits(readStorage(), true), true);
-  EXPECT_GT(least, 8000u);
+  EXPECT_GT(least, 2000u);
   EXPECT_LE(host->watch.failable(), 2 * least) << least;
-  EXPECT_GT(document.size(), 1'000'000u);
+  EXPECT_GT(document.size(), 250'000u);
 }
 
 TEST(Collector, KeepsNothingFromLookToLook) {

@@ -93,3 +93,14 @@ status=0
 su -s /bin/sh nobody -c "PATH=$PATH; tavrenix-monitor json" >/tmp/json 2>/tmp/errors || status=$?
 same "an ordinary user" "2, which is told why" "$status, $(grep -q superuser /tmp/errors && echo which is told why)"
 same "an ordinary user gets no document" "" "$(cat /tmp/json)"
+
+# The driver wants CAP_SYS_ADMIN, and its control file, of mode 0600, wants root. Nothing else is needed.
+document() { "$@" tavrenix-monitor json 2>/tmp/errors | grep -v '"time_unix_ms"\|"generation"'; }
+setpriv="/usr/bin/setpriv --no-new-privs"
+document env >/tmp/json
+document $setpriv --bounding-set=-all,+sys_admin >/tmp/json.bounded
+same "root with CAP_SYS_ADMIN alone, as the services" "" "$(diff /tmp/json /tmp/json.bounded)"
+for rights in --bounding-set=-sys_admin "--reuid=65534 --clear-groups --inh-caps=-all,+sys_admin --ambient-caps=-all,+sys_admin"; do
+  same "$rights: document" "" "$(document $setpriv $rights)"
+  has "$rights: message" CAP_SYS_ADMIN "$(cat /tmp/errors)"
+done

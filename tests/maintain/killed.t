@@ -1,0 +1,77 @@
+A run that is killed at each of its steps, stopped by a signal, or not confirmed; and two runs at once.
+
+  $ . "$TESTDIR/../monitor/setup.sh"
+  $ maintain() { tavrenix-lab-maintain try.json "$@"; }
+  $ well='for i in (102, 104): entries[i]["statistics"]["state"] = 0; entries[i]["details"].update(driverState="active", deviceState="running", accessState="active/optimized")'
+  $ out() { tavrenix-lab-monitor try.json json --paths | python3 -c '
+  > import json, sys
+  > print(*[path["device"] for path in json.load(sys.stdin)["paths"] if not path["enabled"]])'; }
+  $ export SUDO_USER=eve
+  $ with "$well" && mkfifo keys && exec 3<>keys
+
+until_step N VERB...: begins the verb in the background and confirms its steps until it asks for the N-th.
+
+  $ until_step() {
+  >   local last=$1 step
+  >   rm -f log && : >log
+  >   tavrenix-lab-maintain try.json "${@:2}" --confirm <keys >>log 2>&1 & run=$!
+  >   for ((step = 1; step <= last; ++step)); do
+  >     until [ "$(grep -c 'Enter goes on' log)" = "$step" ]; do sleep 0.02; done
+  >     [ "$step" = "$last" ] || echo >&3
+  >   done
+  > }
+  $ killed_at() { until_step "$@"; kill -KILL "$run"; wait "$run" 2>/dev/null; }
+  $ for step in 1 2 3; do
+  >   killed_at $step drain --host 4; echo "killed:" $(out)
+  >   maintain restore 2>&1
+  >   if [ $step = 2 ]; then maintain undo >/dev/null; echo "undone:" $(out); continue; fi
+  >   killed_at 1 drain --resume
+  >   maintain drain --resume >/dev/null; echo "resumed:" $(out)
+  >   killed_at $step restore --wait 0; echo "killed again:" $(out)
+  >   maintain restore --wait 0 >/dev/null; echo "restored:" $(out)
+  > done
+  killed:
+  tavrenix-lab-maintain: the drain was not completed: resume or undo it
+  resumed: sdc sdd sdg
+  killed again: sdc sdd sdg
+  restored:
+  killed: sdc
+  tavrenix-lab-maintain: the drain was not completed: resume or undo it
+  undone:
+  killed: sdc sdd
+  tavrenix-lab-maintain: the drain was not completed: resume or undo it
+  resumed: sdc sdd sdg
+  killed again: sdc
+  restored:
+  $ maintain status | sed -n 1p
+  No maintenance is open.
+
+Stopped, and not confirmed:
+
+  $ for signal in INT TERM HUP; do
+  >   until_step 3 drain --host 4; kill -$signal "$run"; wait "$run"; echo "$? $(out)"; grep brought log
+  > done
+  1 
+  stopped: what was taken out is brought back
+  1 
+  stopped: what was taken out is brought back
+  1 
+  stopped: what was taken out is brought back
+  $ yes '' | head -n 2 | maintain drain --host 4 --confirm | grep back
+  not confirmed: what was taken out is brought back
+  finance: path sdd is back
+  finance: path sdc is back
+  result     undone, 2 paths back
+  $ (echo; echo no) | maintain drain --host 4 --confirm >log; echo "$? $(out)"
+  1 
+
+Two at once: the second is refused, and status names the first:
+
+  $ until_step 2 drain --host 4
+  $ maintain drain --path sdb
+  tavrenix-lab-maintain: another run is at work: drain by eve since 20*Z, process * (glob)
+  [2]
+  $ maintain status | sed -n 2p
+  A run is at work: drain by eve since 20*Z, process * (glob)
+  $ kill -TERM "$run"; wait "$run"; out
+  
