@@ -24,12 +24,10 @@ bash and zsh use the same files of completions, one for each program. An image s
   >   diff bash.out zsh.out && cat bash.out
   > }
 
-Verbs, objects, options and algorithms, with the options before or after the words:
+Verbs, objects and options, with the options before or after the words:
 
   $ complete_words tavrenix Modify LUN --
   --id --algorithm --batchCount
-  $ complete_words tavrenix modify lun --algorithm Least
-  LeastIO LeastBytes
 
 Units, and the paths of the unit that was named; bash makes three words of --id=X, zsh one:
 
@@ -63,8 +61,6 @@ The monitor's verbs, options and their values, its units and its files:
 
   $ complete_words tavrenix-monitor ''
   status check json metrics picture top watch baseline --help --version
-  $ complete_words tavrenix-monitor check --w
-  --warning
   $ complete_words tavrenix-monitor picture --format ''
   text svg dot html
   $ complete_words tavrenix-lab-monitor 'an image.json' status --unit ${unit}

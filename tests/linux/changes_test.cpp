@@ -34,10 +34,9 @@ class Changes : public testing::Test {
   Map& map = machine.map(0);
   FakeDeviceMapper& port = machine.port;
 
-  KernelStatus write(EntryID id, const ob::Object& value,
-                     const ob::String& name = registry::kProperties) {
+  KernelStatus write(EntryID id, const ob::Object& value) {
     const ScopedHandle entry(machine.registry(), machine.registry().findServiceByEntryID(id));
-    return machine.registry().setProperty(entry.get(), name, value);
+    return machine.registry().setProperty(entry.get(), registry::kProperties, value);
   }
   KernelStatus writeAlgorithm(const char* algorithm, std::int64_t count) {
     ob::DictionaryBuilder request(2);
@@ -173,10 +172,8 @@ TEST_F(Changes, SwitchPathsByTheDaemonOrElseByTheDriver) {
   }
 }
 
-TEST_F(Changes, AreRefusedByOtherEntriesAndProperties) {
+TEST_F(Changes, AreRefusedForAnUnknownAlgorithmAndAMapThatHasGone) {
   const auto nothing = ob::DictionaryBuilder(0).build();
-  EXPECT_EQ(write(machine.unit(0), *nothing, registry::kAlias), -EOPNOTSUPP);
-  EXPECT_EQ(write(machine.path(0), *nothing), -EOPNOTSUPP);
   EXPECT_EQ(writeAlgorithm("Most Bytes", 1), -EINVAL);
   const EntryID id = machine.unit(0);
   const ScopedHandle gone(machine.registry(), machine.registry().findServiceByEntryID(id));

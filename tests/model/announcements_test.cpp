@@ -43,7 +43,7 @@ class NotingBacking final : public Backing {
 class Round : public testing::Test {
  protected:
   Round() {
-    backing.entries = {{1, registry::kPathClass}, {2, kUnit}, {3, registry::kPathClass}};
+    backing.entries = {{1, registry::kPathClass}, {3, registry::kPathClass}, {2, kUnit}};
     for (const auto& one : all) {
       one->port->setDispatchQueue(*queue);
       one->deliver = [this, &one = *one](RegistryHandle) {
@@ -67,7 +67,7 @@ class Round : public testing::Test {
     }
     backing.steps.clear();
   }
-  // Makes a round or what `how` does, and returns the steps.
+  // Makes a round, and returns its steps.
   std::string steps(std::chrono::milliseconds timeout = kForever, bool isDone = true) {
     EXPECT_EQ(announcements.announce(timeout), isDone);
     queue->drain();
@@ -97,24 +97,24 @@ TEST_F(Round, DeliversPathsThenUnitsThenPublishesThenDeliversArrivals) {
 }
 
 TEST_F(Round, WaitsNoLongerThanItsTimeoutAndNotForClientsThatAreGone) {
-  addAll();
+  constexpr std::chrono::milliseconds kNoTime(0);
   reads = false;
-  backing.entries = {{1, registry::kPathClass}, {4, kUnit}};
-  EXPECT_EQ(steps(std::chrono::milliseconds(0)), "look hold look publish ");
+  for (const auto& one : all) EXPECT_EQ(announcements.add(one), kSuccess);
+  backing.steps.clear();
+  backing.entries.erase(backing.entries.begin());
+  EXPECT_EQ(steps(kNoTime), "look look publish ") << "an arrival that is not read needs a scan";
+  for (const auto& one : all) read(*one);
+  EXPECT_EQ(std::exchange(backing.steps, ""), "+2 -1 ");
+  backing.entries = {{3, registry::kPathClass}, {4, kUnit}};
+  EXPECT_EQ(steps(kNoTime), "look hold look publish ");
   EXPECT_FALSE(announcements.areDelivered());
-  paths->port->destroy();
   announcements.remove(*units);
   read(*arrivals);
   EXPECT_EQ(std::exchange(backing.steps, ""), "+4 ");
   EXPECT_TRUE(announcements.areDelivered());
+  paths->port->destroy();
   backing.entries = {};
   EXPECT_EQ(steps(), "look hold look publish ");
-  EXPECT_EQ(announcements.add(units), kSuccess);
-  backing.entries = {{5, kUnit}};
-  EXPECT_EQ(steps(), "look publish ");
-  backing.entries = {};
-  EXPECT_EQ(steps(std::chrono::milliseconds(0)), "look look publish ")
-      << "the arrival needs a scan";
 }
 
 TEST_F(Round, IsNotNeededForAChangeWithoutArrivalsAndDepartures) {
@@ -147,14 +147,16 @@ TEST(NotificationPort, KeepsDeliveriesForALateQueueOrSourceUntilItIsDestroyed) {
   EXPECT_TRUE(ObRunLoopPerformDue(kObRunLoopDefaultMode));
   EXPECT_EQ(calls, 3);
   ObRunLoopSourceInvalidate(raw);
+  const auto held = std::make_shared<int>();
+  port->post([held] {});
   for (const auto& one : {late, port}) {
     one->destroy();
-    one->post([&] { ++calls; });
+    one->post([held] {});
     one->setDispatchQueue(*queue);
     EXPECT_EQ(one->runLoopSource(), nullptr);
   }
-  queue->drain();
-  EXPECT_EQ(calls, 3);
+  EXPECT_EQ(held.use_count(), 1);
+  EXPECT_EQ(queue->retainCount(), 1u);
 }
 
 }  // namespace

@@ -68,6 +68,9 @@ TEST_F(MemoryRegistry, RefusesTakenIDsMissingParentsAndClassCycles) {
   EXPECT_FALSE(registry.defineClass("KsService", "A"));
   EXPECT_TRUE(registry.isKindOf(registry.classOf(1), "B"));
   EXPECT_THAT(registry.entriesOfClass("B").value, ElementsAre(1));
+  EXPECT_TRUE(registry.replaceParents(1, {}) && registry.removeEntry(1));
+  EXPECT_FALSE(registry.removeEntry(1) || registry.replaceParents(1, {}));
+  EXPECT_FALSE(registry.replaceProperties(1, dictionary({})));
 }
 
 }  // namespace

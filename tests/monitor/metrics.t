@@ -17,12 +17,10 @@ These are all metrics of a unit, of a path and of the host. Counters are exact:
   tavrenix_unit_commands_total{unit="600A0B8000112233445566778899AABB"} 4609
   tavrenix_unit_bytes_total{unit="600A0B8000112233445566778899AABB",direction="read"} 16781312
   tavrenix_unit_bytes_total{unit="600A0B8000112233445566778899AABB",direction="written"} 18446744073709551615
-  $ grep 'path="004F00F0000F0001"' degraded.prom | sed 's/{unit="[0-9A-F]*",path="004F00F0000F0001"/{/'
+  $ grep 'path="004F00F0000F0001"' degraded.prom | grep -v 'standby\|unavailable' | sed 's/{unit="[0-9A-F]*",path="004F00F0000F0001"/{/'
   tavrenix_path_info{,interconnect="Fibre Channel Interface",device="sdc",host_port="2100001b32000002",target_port="50060e8000000011",group="1"} 1
   tavrenix_path_state{,state="active_optimized"} 1
   tavrenix_path_state{,state="active_nonoptimized"} 0
-  tavrenix_path_state{,state="standby"} 0
-  tavrenix_path_state{,state="unavailable"} 0
   tavrenix_path_enabled{} 0
   tavrenix_path_usable{} 0
   tavrenix_path_commands_total{} 2304
