@@ -2,10 +2,6 @@ drain, status, undo and restore, with the journal on disk.
 
   $ . "$TESTDIR/../monitor/setup.sh"
   $ maintain() { tavrenix-lab-maintain try.json "$@" | sed 's/20..-..-..T..:..:..Z/TIME/g'; return "${PIPESTATUS[0]}"; }
-  $ well='for i in (102, 104): entries[i]["statistics"]["state"] = 0; entries[i]["details"].update(driverState="active", deviceState="running", accessState="active/optimized")'
-  $ out() { tavrenix-lab-monitor try.json json --paths | python3 -c '
-  > import json, sys
-  > print(*[path["device"] for path in json.load(sys.stdin)["paths"] if not path["enabled"]])'; }
   $ with "$well" && cp try.json well.json
   $ export SUDO_USER=eve
   $ maintain drain --host 4 --dry-run | tail -n 1 && cmp try.json well.json && ls try.json.*

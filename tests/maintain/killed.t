@@ -2,10 +2,6 @@ A run that is killed at each of its steps, stopped by a signal, or not confirmed
 
   $ . "$TESTDIR/../monitor/setup.sh"
   $ maintain() { tavrenix-lab-maintain try.json "$@"; }
-  $ well='for i in (102, 104): entries[i]["statistics"]["state"] = 0; entries[i]["details"].update(driverState="active", deviceState="running", accessState="active/optimized")'
-  $ out() { tavrenix-lab-monitor try.json json --paths | python3 -c '
-  > import json, sys
-  > print(*[path["device"] for path in json.load(sys.stdin)["paths"] if not path["enabled"]])'; }
   $ export SUDO_USER=eve
   $ with "$well" && mkfifo keys && exec 3<>keys
 

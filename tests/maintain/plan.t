@@ -2,7 +2,6 @@ plan: what would be taken out, unit by unit, and what is refused.
 
   $ . "$TESTDIR/../monitor/setup.sh"
   $ maintain() { tavrenix-lab-maintain try.json "$@"; }
-  $ well='for i in (102, 104): entries[i]["statistics"]["state"] = 0; entries[i]["details"].update(driverState="active", deviceState="running", accessState="active/optimized")'
   $ with "$well" && cp try.json well.json
   $ maintain plan --host 4 --accept dm-4
   UNIT     USABLE  OPTIMIZED  NON-OPTIMIZED  STANDBY  LOSS OF LAST

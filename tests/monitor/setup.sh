@@ -13,3 +13,10 @@ for statement in sys.argv[2:]:
 print(json.dumps(image))
 END
 }
+# For `with`: no path is out of use. Then the devices of those in try.json that are.
+well='for i in (102, 104): entries[i]["statistics"]["state"] = 0; entries[i]["details"].update(
+  driverState="active", deviceState="running", accessState="active/optimized")'
+out() {
+  monitor try.json json --paths | python3 -c 'import json, sys
+print(*[path["device"] for path in json.load(sys.stdin)["paths"] if not path["enabled"]])'
+}
