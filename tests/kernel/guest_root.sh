@@ -86,7 +86,7 @@ lay_out_own() {
   cp tests/kernel/guest/init "$own/init"
   cp -r tests/kernel/guest/*.sh tests/kernel/scenarios "$own/tests/"
   cp tests/kernel/guest/multipath.conf "$own/etc/"
-  for program in "$tools"/linux/tavrenix{,-monitor} "$tools/examples/tavrenix-watch"; do
+  for program in "$tools"/linux/tavrenix{,-monitor,-maintain} "$tools/examples/tavrenix-watch"; do
     [[ -x $program ]] || { echo "tests/kernel/boot-scenarios: no $program; ./run test-kernel builds it" >&2; exit 2; }
     cp "$program" "$own/usr/bin/"
     { ldd "$program" 2>/dev/null || true; } | awk '$3 ~ /^\// { print $3 }' | while read -r library; do

@@ -22,7 +22,8 @@ debug_units() {
 
 disk_count_is() { [ "$(ls -d /sys/block/sd* 2>/dev/null | wc -l)" -eq "$1" ]; }
 
-# loop_units UNITS: makes units of 64 MB, each with its own store and two paths, over the loopback SCSI target.
+# loop_units UNITS [PATHS]: makes units of 64 MB, each with its own store and two or so many paths, over the loopback SCSI
+# target. Each path of a unit has a host of its own.
 loop_units() {
   local target=/sys/kernel/config/target unit path tpg
   modprobe -a target_core_file tcm_loop
@@ -35,7 +36,7 @@ loop_units() {
     printf '%08x-0000-0000-0000-000000000000' $((unit + 161)) >"$target/core/fileio_0/unit$unit/wwn/vpd_unit_serial"
     echo 1 >"$target/core/fileio_0/unit$unit/enable"
   done
-  for path in 1 2; do
+  for path in $(seq 1 "${2:-2}"); do
     tpg=$target/loopback/naa.500140500000000$path/tpgt_1
     mkdir -p "$tpg"
     echo "naa.500140510000000$path" >"$tpg/nexus"
@@ -44,7 +45,7 @@ loop_units() {
       ln -s "$target/core/fileio_0/unit$unit" "$tpg/lun/lun_$unit/port"
     done
   done
-  until_true 60 disk_count_is $(($1 * 2))
+  until_true 60 disk_count_is $(($1 * ${2:-2}))
   settle
 }
 
