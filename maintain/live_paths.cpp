@@ -33,7 +33,7 @@ std::string driftOfPath(const PathRecord& record, const Path* path) {
       return isOut(*path) ? "" : now + ", although it was drained";
     case Step::disabling:
     case Step::enabling:
-      return std::string("was ") + nameOf(record.step) + " when the last run ended, and " + now;
+      return std::string("is noted as ") + nameOf(record.step) + ", and " + now;
     case Step::out:
       return isOut(*path) ? "" : now + ", and was out before";
     default:

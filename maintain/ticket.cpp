@@ -36,12 +36,12 @@ Row pathRow(const UnitRecord& unit, const PathRecord& path, const monitor::Scree
                                                       : nameOf(path.step);
   return {cell(unit.title, screen),
           cell(path.device, screen),
-          cell(path.identifier, screen),
-          cell(path.address, screen),
+          plan,
           path.wasUsed ? path.state : "out of use",
           cell(path.hostPort, screen),
           cell(path.targetPort, screen),
-          plan};
+          cell(path.address, screen),
+          cell(path.identifier, screen)};
 }
 
 std::string resultOf(const Journal& journal) {
@@ -65,9 +65,8 @@ std::string resultOf(const Journal& journal) {
 std::string planText(const Journal& plan, const monitor::Screen& screen) {
   std::vector<Row> units = {
       {"UNIT", "USABLE", "OPTIMIZED", "NON-OPTIMIZED", "STANDBY", "LOSS OF LAST"}};
-  std::vector<Row> paths = {
-      {"UNIT", "DEVICE", "PATH", "ADDRESS", "STATE BEFORE", "HOST PORT", "TARGET PORT", "PLAN"}};
-  if (plan.state != State::planned) paths.front().back() = "STEP";
+  std::vector<Row> paths = {{"UNIT", "DEVICE", plan.state == State::planned ? "PLAN" : "STEP",
+                             "STATE BEFORE", "HOST PORT", "TARGET PORT", "ADDRESS", "PATH"}};
   for (const UnitRecord& unit : plan.units) {
     units.push_back(unitRow(unit, screen));
     for (const PathRecord& path : unit.paths) paths.push_back(pathRow(unit, path, screen));

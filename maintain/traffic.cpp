@@ -10,9 +10,7 @@ namespace tavrenix::maintain {
 
 namespace {
 
-using monitor::Path;
 using monitor::Storage;
-using monitor::Unit;
 
 struct Watched {
   const UnitRecord& unit;
@@ -50,6 +48,7 @@ Verdict verdictOn(const Watched& one, const Live& now) {
   // A few requests may all go down one path.
   constexpr std::uint64_t kEnoughForEachPath = 16;
   if (now.path == nullptr) return {true, shown(one.unit, one.path) + " is gone"};
+  if (isOut(*now.path)) return {true, shown(one.unit, one.path) + " is out of use again"};
   if (!isUsable(*now.path)) {
     return {false, shown(one.unit, one.path) + " is " + stateOf(*now.path) + " and needs no I/O"};
   }

@@ -53,9 +53,9 @@ int runReturn(int argc, char** argv, std::string file, Purpose purpose) {
   Journal journal = openJournal(file, purpose);
   world.read();  // nothing is noted by a caller who may not ask the driver
   journal.state = isUndo ? State::undoing : State::restoring;
-  world.keep(journal);
-  const bool isDone = bringBack(world, journal, purpose, wait);
-  return report(journal, line, isDone);
+  // The first step writes the journal. If its disk is full, the paths are brought back all the
+  // same.
+  return report(journal, line, bringBack(world, journal, purpose, wait));
 }
 
 }  // namespace

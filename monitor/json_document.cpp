@@ -124,7 +124,8 @@ Json documentOfPaths(const Storage& storage) {
 
 std::string textOf(const Json& document, bool onOneLine) {
   constexpr bool kAsciiOnly = true;
-  return document.dump(onOneLine ? -1 : 2, ' ', kAsciiOnly) + '\n';
+  // Text that is not UTF-8, as of a command line, must not keep a journal from being written.
+  return document.dump(onOneLine ? -1 : 2, ' ', kAsciiOnly, Json::error_handler_t::replace) + '\n';
 }
 
 }  // namespace tavrenix::monitor

@@ -11,7 +11,7 @@ guest_packages=(busybox-static udev multipath-tools kpartx dmsetup strace e2fspr
   libudev1 libunwind8 liburcu8 libuuid1 libzstd1)
 # The modules that these depend on are added, too. crc32c_generic is named because ext4 asks for it by an alias.
 guest_modules=(dm_mod dm_multipath dm_round_robin dm_queue_length dm_service_time scsi_dh_alua sd_mod
-  scsi_debug loop ext4 crc32c_generic)
+  scsi_debug tcm_loop target_core_file loop ext4 crc32c_generic)
 
 # Fills $work/packages, again for each new list of package versions. linux-image-amd64 is empty and depends on the
 # kernel.
@@ -86,7 +86,7 @@ lay_out_own() {
   cp tests/kernel/guest/init "$own/init"
   cp -r tests/kernel/guest/*.sh tests/kernel/scenarios "$own/tests/"
   cp tests/kernel/guest/multipath.conf "$own/etc/"
-  for program in "$tools"/linux/tavrenix{,-monitor} "$tools/examples/tavrenix-watch"; do
+  for program in "$tools"/linux/tavrenix{,-monitor,-maintain} "$tools/examples/tavrenix-watch"; do
     [[ -x $program ]] || { echo "tests/kernel/boot-scenarios: no $program; ./run test-kernel builds it" >&2; exit 2; }
     cp "$program" "$own/usr/bin/"
     { ldd "$program" 2>/dev/null || true; } | awk '$3 ~ /^\// { print $3 }' | while read -r library; do

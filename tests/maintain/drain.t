@@ -8,7 +8,7 @@ drain, status, undo and restore, with the journal on disk.
   Nothing was changed.
   ls: cannot access 'try.json.*': No such file or directory
   [2]
-  $ maintain drain --host 4 --reason $'new\tcable' | sed '/^host /d'
+  $ maintain drain --host 4 --reason $'new\tc\xe4ble' | sed '/^host /d'
   1/3  finance: path sdc is out
   2/3  finance: path sdd is out
   3/3  archive: path sdg is out
@@ -19,19 +19,19 @@ drain, status, undo and restore, with the journal on disk.
   begun      TIME
   ended      TIME
   selection  --host 4
-  reason     new\x09cable
+  reason     new\x09c\xE4ble
   
   UNIT     USABLE  OPTIMIZED  NON-OPTIMIZED  STANDBY
   finance  4 -> 2  3 -> 2     1 -> 0         0 -> 0
   archive  2 -> 1  2 -> 1     0 -> 0         0 -> 0
   
-  UNIT     DEVICE  PATH              ADDRESS  STATE BEFORE         HOST PORT         TARGET PORT       STEP
-  finance  sdb     003F00F0000F0001  3:0:0:1  active_optimized     2100001b32000001  50060e8000000010  stays
-  finance  sde     003F00F0001F0001  3:0:1:1  active_optimized     2100001b32000001  50060e8000000013  stays
-  finance  sdc     004F00F0000F0001  4:0:0:1  active_optimized     2100001b32000002  50060e8000000011  disabled
-  finance  sdd     004F00F0001F0001  4:0:1:1  active_nonoptimized  2100001b32000002  50060e8000000012  disabled
-  archive  sdf     003F00F0000F0002  3:0:0:2  active_optimized     2100001b32000001  50060e8000000010  stays
-  archive  sdg     004F00F0000F0002  4:0:0:2  active_optimized     2100001b32000002  50060e8000000011  disabled
+  UNIT     DEVICE  STEP      STATE BEFORE         HOST PORT         TARGET PORT       ADDRESS  PATH
+  finance  sdb     stays     active_optimized     2100001b32000001  50060e8000000010  3:0:0:1  003F00F0000F0001
+  finance  sde     stays     active_optimized     2100001b32000001  50060e8000000013  3:0:1:1  003F00F0001F0001
+  finance  sdc     disabled  active_optimized     2100001b32000002  50060e8000000011  4:0:0:1  004F00F0000F0001
+  finance  sdd     disabled  active_nonoptimized  2100001b32000002  50060e8000000012  4:0:1:1  004F00F0001F0001
+  archive  sdf     stays     active_optimized     2100001b32000001  50060e8000000010  3:0:0:2  003F00F0000F0002
+  archive  sdg     disabled  active_optimized     2100001b32000002  50060e8000000011  4:0:0:2  004F00F0000F0002
   $ out && stat -c %a try.json.maintenance.json
   sdc sdd sdg
   600
@@ -116,6 +116,15 @@ A surprise is put back, with status 1:
   [1]
   $ with "$well" 'image["writeStatuses"] = [0, -5]' && maintain drain --host 4 | sed -n 2p; out
   the driver refuses to disable sdd: Unable to set property (error 0x08000003, result -5): what was taken out is brought back
+  
+
+A result that cannot be printed is no refusal, and a journal that cannot be written keeps no path out:
+
+  $ with "$well" && tavrenix-lab-maintain try.json drain --path sdb >/dev/full; echo "$? $(out)"
+  the result is in the journal alone: standard output: cannot be written: No space left on device
+  1 sdb
+  $ long=$(printf %0249d 0) && cp try.json.maintenance.json $long && maintain undo --journal $long | cut -c 247- | head -n 1; out
+  000: cannot be written beside: File name too long
   
 
 Journals that are no good are named and left as they are:

@@ -76,6 +76,7 @@ class TestWorld final : public World {
     clock += 1;
     for (auto& unit : storage.units) {
       for (auto& path : unit.paths) {
+        if (path.enabled && path.identifier == broken) path.driverState = "failed";
         if (*path.inFlight > 0 && !isStuck) --*path.inFlight;
         const std::uint64_t commands = isUsable(path) && path.identifier != idle ? 100 : 0;
         path.counters->commands += isBusy ? commands : 0;
@@ -127,7 +128,8 @@ class TestWorld final : public World {
   std::set<std::string> refusals;
   bool isSurprised = false, isDiskFull = false, isStoppedNow = false, isBusy = true,
        isStuck = false;
-  std::string idle;  // the path that carries nothing
+  std::string idle;    // the path that carries nothing
+  std::string broken;  // the path that fails at its first request
   std::vector<std::string> told;
 
  private:
@@ -315,6 +317,7 @@ TEST(Restore, ChecksThatEachPathIsAsBeforeAndCarriesRequests) {
       {[](auto& world) { world.isBusy = false; }, "one: no I/O to be seen", false, true},
       {[](auto& world) { world.idle = "a"; }, "one: path a carries no I/O although its unit does",
        true, true},
+      {[](auto& world) { world.broken = "a"; }, "one: path a is out of use again", true, true},
       {[](auto& world) { world.at("e").state = kStates[2]; },
        "two: path e was active_nonoptimized and came back standby", true, true},
       {[](auto& world) { world.remove("e"); }, "two: path e is gone and cannot be brought back",

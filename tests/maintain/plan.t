@@ -8,20 +8,20 @@ plan: what would be taken out, unit by unit, and what is refused.
   finance  4 -> 2  3 -> 2     1 -> 0         0 -> 0
   archive  2 -> 1  2 -> 1     0 -> 0         0 -> 0   accepted
   
-  UNIT     DEVICE  PATH              ADDRESS  STATE BEFORE         HOST PORT         TARGET PORT       PLAN
-  finance  sdb     003F00F0000F0001  3:0:0:1  active_optimized     2100001b32000001  50060e8000000010  stays
-  finance  sde     003F00F0001F0001  3:0:1:1  active_optimized     2100001b32000001  50060e8000000013  stays
-  finance  sdc     004F00F0000F0001  4:0:0:1  active_optimized     2100001b32000002  50060e8000000011  take out
-  finance  sdd     004F00F0001F0001  4:0:1:1  active_nonoptimized  2100001b32000002  50060e8000000012  take out
-  archive  sdf     003F00F0000F0002  3:0:0:2  active_optimized     2100001b32000001  50060e8000000010  stays
-  archive  sdg     004F00F0000F0002  4:0:0:2  active_optimized     2100001b32000002  50060e8000000011  take out
+  UNIT     DEVICE  PLAN      STATE BEFORE         HOST PORT         TARGET PORT       ADDRESS  PATH
+  finance  sdb     stays     active_optimized     2100001b32000001  50060e8000000010  3:0:0:1  003F00F0000F0001
+  finance  sde     stays     active_optimized     2100001b32000001  50060e8000000013  3:0:1:1  003F00F0001F0001
+  finance  sdc     take out  active_optimized     2100001b32000002  50060e8000000011  4:0:0:1  004F00F0000F0001
+  finance  sdd     take out  active_nonoptimized  2100001b32000002  50060e8000000012  4:0:1:1  004F00F0001F0001
+  archive  sdf     stays     active_optimized     2100001b32000001  50060e8000000010  3:0:0:2  003F00F0000F0002
+  archive  sdg     take out  active_optimized     2100001b32000002  50060e8000000011  4:0:0:2  004F00F0000F0002
   
   Nothing was changed.
   $ cmp try.json well.json
 
 Paths by each option, united; units restrict:
 
-  $ taken() { maintain plan "$@" | sed -n 's/^[a-z]* *\(sd.\) .*take out$/\1/p' | paste -sd ' '; }
+  $ taken() { maintain plan "$@" | sed -n 's/^[a-z]* *\(sd.\) *take out .*/\1/p' | paste -sd ' '; }
   $ taken --host-port 2100001B32000002 --path 3:0:1:1
   sde sdc sdd sdg
   $ taken --target-port 50060e8000000010 --target-port 50060e8000000012

@@ -44,8 +44,8 @@ until_true() {
   done
 }
 
-# start_load DEVICE: starts a load that notices a lost write, a wrong byte or an I/O error. Each pass writes 64 kB past
-# the cache and reads them back.
+# start_load DEVICE...: starts a load that notices a lost write, a wrong byte or an I/O error. Each pass writes 64 kB past
+# the cache to each device and reads them back, and waits for $load_pause seconds.
 start_load() {
   touch /tmp/load.run
   (
@@ -53,13 +53,16 @@ start_load() {
     while [ -e /tmp/load.run ]; do
       pass=$((pass + 1))
       awk -v pass="$pass" 'BEGIN { for (i = 0; i < 4096; i++) printf "%07d %07d\n", pass, i }' >/tmp/load.out
-      dd if=/tmp/load.out of="$1" bs=64k seek=$((pass % 32)) oflag=direct conv=notrunc 2>/tmp/load.error &&
-        dd if="$1" of=/tmp/load.in bs=64k skip=$((pass % 32)) count=1 iflag=direct 2>/tmp/load.error &&
-        cmp -s /tmp/load.out /tmp/load.in && echo good || echo "pass $pass: $(cat /tmp/load.error)"
+      for device; do
+        dd if=/tmp/load.out of="$device" bs=64k seek=$((pass % 32)) oflag=direct conv=notrunc 2>/tmp/load.error &&
+          dd if="$device" of=/tmp/load.in bs=64k skip=$((pass % 32)) count=1 iflag=direct 2>/tmp/load.error &&
+          cmp -s /tmp/load.out /tmp/load.in && echo good || echo "pass $pass of $device: $(cat /tmp/load.error)"
+      done
+      sleep "${load_pause:-0}"
     done >/tmp/load.log
   ) &
   load=$!
-  load_goes_on "the load on $1 begins"
+  load_goes_on "the load on $* begins"
 }
 
 has_passed() { [ "$(grep -cx good /tmp/load.log)" -ge "$1" ]; }

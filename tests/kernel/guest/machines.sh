@@ -22,6 +22,33 @@ debug_units() {
 
 disk_count_is() { [ "$(ls -d /sys/block/sd* 2>/dev/null | wc -l)" -eq "$1" ]; }
 
+# loop_units UNITS PATHS: makes units of 64 MB, each with its own store and so many paths, over the loopback SCSI target.
+# Each path of a unit has a host of its own.
+loop_units() {
+  local target=/sys/kernel/config/target unit path tpg
+  modprobe -a target_core_file tcm_loop
+  mount -t configfs configfs /sys/kernel/config
+  mkdir -p $target/core/fileio_0
+  for unit in $(seq 0 $(($1 - 1))); do
+    truncate -s 64M "/tmp/store$unit"
+    mkdir "$target/core/fileio_0/unit$unit"
+    echo "fd_dev_name=/tmp/store$unit,fd_dev_size=67108864" >"$target/core/fileio_0/unit$unit/control"
+    printf '%08x-0000-0000-0000-000000000000' $((unit + 161)) >"$target/core/fileio_0/unit$unit/wwn/vpd_unit_serial"
+    echo 1 >"$target/core/fileio_0/unit$unit/enable"
+  done
+  for path in $(seq 1 "$2"); do
+    tpg=$target/loopback/naa.500140500000000$path/tpgt_1
+    mkdir -p "$tpg"
+    echo "naa.500140510000000$path" >"$tpg/nexus"
+    for unit in $(seq 0 $(($1 - 1))); do
+      mkdir "$tpg/lun/lun_$unit"
+      ln -s "$target/core/fileio_0/unit$unit" "$tpg/lun/lun_$unit/port"
+    done
+  done
+  until_true 60 disk_count_is $(($1 * $2))
+  settle
+}
+
 # disks: prints for each SCSI disk its WWID as multipath writes it, kernel name, device number and
 # host:channel:target:lun.
 disks() {
