@@ -67,15 +67,6 @@ Verbs and direct objects may have any letter case. Options may come before, betw
   Unable to find lun NOBODY
   $ ok LIST -x frobnicate --id
 
-No environment variable changes anything:
-
-  $ hostile="POSIXLY_CORRECT=1 LC_ALL=C.UTF-8 LANGUAGE=de TZ=Pacific/Kiritimati COLUMNS=7 TMPDIR=/nonexistent
-  > PATH=/nonexistent IFS=0 MALLOC_PERTURB_=165 DM_DEV_DIR=/nonexistent DM_DISABLE_UDEV=1 SYSFS_PATH=/nonexistent"
-  $ same() { env -i "$@" > clean 2>&1; echo $? >> clean; env -i $hostile "$@" > soiled 2>&1; echo $? >> soiled
-  > cmp clean soiled || echo "$@"; }
-  $ for words in list "info --wrong" "info -i AA01 more -i NONE"; do
-  >   same "$(command -v tavrenix-lab)" info.json $words; same "$(command -v tavrenix)" $words; done
-
 The exit status does not change if standard output cannot be written: a full disk, a closed output, a closed pipe:
 
   $ tavrenix-lab thousand.json list > /dev/full; tavrenix-lab thousand.json list >&-

@@ -10,14 +10,14 @@ namespace {
 
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
-using WaitResult = std::pair<ObStringRef, EntryID>;
+using Delivered = std::pair<ObStringRef, EntryID>;
 
-const WaitResult kUnitCame(kMPIOLogicalUnitAppearedNotification, unitID(0));
-const WaitResult kUnitWent(kMPIOLogicalUnitDisappearedNotification, unitID(0));
-WaitResult pathCame(std::uint64_t path) {
+const Delivered kUnitCame(kMPIOLogicalUnitAppearedNotification, unitID(0));
+const Delivered kUnitWent(kMPIOLogicalUnitDisappearedNotification, unitID(0));
+Delivered pathCame(std::uint64_t path) {
   return {kMPIOLogicalUnitPathAppearedNotification, pathID(0, path)};
 }
-WaitResult pathWent(std::uint64_t path) {
+Delivered pathWent(std::uint64_t path) {
   return {kMPIOLogicalUnitPathDisappearedNotification, pathID(0, path)};
 }
 

@@ -270,17 +270,6 @@ TEST(Drain, PutsBackWhatItDidAtASurpriseDuringAnyOperation) {
   }
 }
 
-TEST(Drain, EndsAtOnceIfAPathFailsWhileRequestsAreAwaited) {
-  TestWorld world;
-  world.isStuck = world.isSurprised = true;
-  world.failAt = 10;
-  world.before = [&] { world.at("b").driverState = "failed"; };
-  Journal journal = plan(world);
-  EXPECT_FALSE(drain(world, journal, kWait));
-  EXPECT_LT(world.clock, kWait);
-  EXPECT_EQ(world.used(), "abdefg");
-}
-
 TEST(Drain, GoesOnPuttingBackAndStaysOpenIfOnePathDoesNotComeBack) {
   TestWorld world;
   world.refusals = {"g out", "a in"};

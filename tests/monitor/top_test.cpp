@@ -1,12 +1,9 @@
 // What top's model makes of looks at storage, without a terminal.
 #include <gmock/gmock.h>
 
-#include "monitor/history.hpp"
 #include "monitor/json_document.hpp"
-#include "monitor/picture_writers.hpp"
 #include "monitor/public_value.hpp"
 #include "monitor/top_model.hpp"
-#include "tests/library/failing_new.hpp"
 #include "tests/support/library_host.hpp"
 
 namespace tavrenix::monitor {
@@ -122,27 +119,6 @@ TEST(Collector, AsksTheHostAtMostTwiceWhatAListWithCountersAsks) {
   EXPECT_GT(least, 2000u);
   EXPECT_LE(host->watch.failable(), 2 * least) << least;
   EXPECT_GT(document.size(), 250'000u);
-}
-
-TEST(Collector, KeepsNothingFromLookToLook) {
-  if (!test::kAllocationsCanFail) GTEST_SKIP() << "allocations are not counted";
-  test::LibraryHost host;
-  test::addStorage(host->memory, {.units = 3, .paths = 2, .volumes = 1});
-  TopModel model;
-  History history;
-  const auto refresh = [&](int times) {
-    for (int i = 0; i < times; ++i) {
-      const Storage storage = readStorage();
-      const LabelledStorage labelled(storage);
-      history.observe(labelled, 1);
-      model.observe(storage, i);
-      pictureAsHtml(pictureOf(storage, 1, true));
-    }
-    return test::liveAllocations.load();
-  };
-  const std::size_t before = refresh(10);
-  ASSERT_EQ(model.rows().size(), 3u);
-  EXPECT_EQ(refresh(300), before);
 }
 
 }  // namespace

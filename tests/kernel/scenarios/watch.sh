@@ -97,18 +97,4 @@ unset DM_DISABLE_UDEV
 start_udev
 maps_by_hand
 changes_by_hand "udev's events"
-
-# While udevd does not answer, and after it has gone, the kernel's events count; when it is back, none counts twice.
-udevd=$(pidof systemd-udevd)
-kill -STOP "$udevd"
-remove_path mpatha
-reported "udevd is stopped: a path is removed" "-$path"
-kill -CONT "$udevd"
-reported "udevd goes on" ""
-kill -KILL "$udevd"
-path=path\ $(path_id "$(first_disk mpathb)")
-echo 1 >"/sys/block/$(first_disk mpathb)/device/delete"
-reported "udevd was killed: a path is removed" "-$path"
-start_udev
-reported "udevd is started again" ""
 stop_watch "udev's events"

@@ -1,4 +1,4 @@
-A run that is killed at each of its steps, stopped by a signal, or not confirmed; and two runs at once.
+A run that is stopped by a signal or not confirmed, and two runs at once.
 
   $ . "$TESTDIR/../monitor/setup.sh"
   $ maintain() { tavrenix-lab-maintain try.json "$@"; }
@@ -16,31 +16,6 @@ until_step N VERB...: begins the verb in the background and confirms its steps u
   >     [ "$step" = "$last" ] || echo >&3
   >   done
   > }
-  $ killed_at() { until_step "$@"; kill -KILL "$run"; wait "$run" 2>/dev/null; }
-  $ for step in 1 2 3; do
-  >   killed_at $step drain --host 4; echo "killed:" $(out)
-  >   maintain restore 2>&1
-  >   if [ $step = 2 ]; then maintain undo >/dev/null; echo "undone:" $(out); continue; fi
-  >   killed_at 1 drain --resume
-  >   maintain drain --resume >/dev/null; echo "resumed:" $(out)
-  >   killed_at $step restore --wait 0; echo "killed again:" $(out)
-  >   maintain restore --wait 0 >/dev/null; echo "restored:" $(out)
-  > done
-  killed:
-  tavrenix-lab-maintain: the drain was not completed: resume or undo it
-  resumed: sdc sdd sdg
-  killed again: sdc sdd sdg
-  restored:
-  killed: sdc
-  tavrenix-lab-maintain: the drain was not completed: resume or undo it
-  undone:
-  killed: sdc sdd
-  tavrenix-lab-maintain: the drain was not completed: resume or undo it
-  resumed: sdc sdd sdg
-  killed again: sdc
-  restored:
-  $ maintain status | sed -n 1p
-  No maintenance is open.
 
 Stopped, and not confirmed:
 
