@@ -63,8 +63,6 @@ While it is open, and when something changes behind it:
   changed: finance: path sdd is gone
   changed: archive: path sdf is out of use now, and was active_optimized
   changed: archive: no usable path is left
-  $ change 'entries[200]["details"]["wwid"] = "3\033"' && maintain status --json | python3 -c 'import json, sys; d = json.load(sys.stdin); print(d["open"], d["drift"][-1])'
-  True archive: the unit is gone
   $ cp try.json changed.json
   $ maintain undo --dry-run && cmp try.json changed.json
   finance: path sdc would be brought back

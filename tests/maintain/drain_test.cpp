@@ -277,21 +277,11 @@ TEST(Drain, GoesOnPuttingBackAndStaysOpenIfOnePathDoesNotComeBack) {
   EXPECT_FALSE(drain(world, journal, kWait));
   EXPECT_EQ(world.used(), "bdefg");
   EXPECT_EQ(world.restarted()->state, State::undoing);
-  const int operations = world.operations;
   EXPECT_THAT(journal.surprises, Contains(HasSubstr("path a is not back: refused")));
   EXPECT_THAT(driftOf(journal, world.storage, "another start"), testing::SizeIs(2));
   world.refusals.clear();
   EXPECT_TRUE(bringAllBack(world, journal, Purpose::undo));
   EXPECT_EQ(world.used(), "abdefg");
-
-  TestWorld busyDaemon;  // refuses only for some time
-  busyDaemon.refusals = {"g out", "a in"};
-  busyDaemon.failAt = operations - 8;
-  busyDaemon.before = [&] { busyDaemon.refusals.clear(); };
-  Journal other = plan(busyDaemon);
-  EXPECT_FALSE(drain(busyDaemon, other, kWait));
-  EXPECT_EQ(busyDaemon.used(), "abdefg");
-  EXPECT_EQ(other.state, State::undone);
 }
 
 TEST(Restore, ChecksThatEachPathIsAsBeforeAndCarriesRequests) {

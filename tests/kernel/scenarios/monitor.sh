@@ -30,6 +30,7 @@ kernel_details() {
         echo "device_state=$(cat "$device/state")"
         [ ! -s "$device/access_state" ] || echo "access_state=$(cat "$device/access_state")"
         printf '%s=%s\n' failures "$failures" errors $(($(cat "$device/ioerr_cnt"))) timeouts $(($(cat "$device/iotmo_cnt")))
+        awk '{ print "in_flight=" $1 + $2 }' "/sys/block/$name/inflight"
       } 2>/dev/null | paste -sd '|'
     done
   done
@@ -38,7 +39,7 @@ kernel_details() {
 # The same from tavrenix-monitor json.
 details_of() {
   awk -v keys=" device map_name wwid size_bytes selector queueing suspended open_count device_number address group driver_state
-      device_state access_state failures errors timeouts " '
+      device_state access_state failures errors timeouts in_flight " '
     { key = value = $0; gsub(/^ *"|".*$/, "", key); gsub(/^ *"[a-z_]*": |[", ]/, "", value) }
     /^ *"identifier": / { if (line != "") print line; line = value; next }
     /^ *"[a-z]*",?$/ { line = line "|in " value }
@@ -88,11 +89,6 @@ dmsetup resume mpathd
 
 dmsetup message mpathc 0 fail_if_no_path
 agrees "no queueing"
-
-status=0
-su -s /bin/sh nobody -c "PATH=$PATH; tavrenix-monitor json" >/tmp/json 2>/tmp/errors || status=$?
-same "an ordinary user" "2, which is told why" "$status, $(grep -q superuser /tmp/errors && echo which is told why)"
-same "an ordinary user gets no document" "" "$(cat /tmp/json)"
 
 # The driver wants CAP_SYS_ADMIN, and its control file, of mode 0600, wants root. Nothing else is needed.
 document() { "$@" tavrenix-monitor json 2>/tmp/errors | grep -v '"time_unix_ms"\|"generation"'; }
