@@ -63,7 +63,7 @@ While it is open, and when something changes behind it:
   changed: finance: path sdd is gone
   changed: archive: path sdf is out of use now, and was active_optimized
   changed: archive: no usable path is left
-  $ cp try.json changed.json
+  $ change 'entries[200]["details"]["wwid"] = "3\033"' && cp try.json changed.json
   $ maintain undo --dry-run && cmp try.json changed.json
   finance: path sdc would be brought back
   finance: path sdd would be brought back
