@@ -67,6 +67,12 @@ Verbs and direct objects may have any letter case. Options may come before, betw
   Unable to find lun NOBODY
   $ ok LIST -x frobnicate --id
 
+No environment variable changes anything:
+
+  $ hostile="POSIXLY_CORRECT=1 LC_ALL=C.UTF-8 LANGUAGE=de TZ=Pacific/Kiritimati COLUMNS=7 TMPDIR=/x PATH=/x IFS=0 DM_DEV_DIR=/x SYSFS_PATH=/x"
+  $ for words in list "info --wrong" "info -i AA01 more -i NONE"; do for run in "$(command -v tavrenix-lab) info.json" "$(command -v tavrenix)"; do
+  >   env -i $run $words >clean 2>&1; env -i $hostile $run $words >soiled 2>&1; cmp clean soiled; done; done
+
 The exit status does not change if standard output cannot be written: a full disk, a closed output, a closed pipe:
 
   $ tavrenix-lab thousand.json list > /dev/full; tavrenix-lab thousand.json list >&-

@@ -21,13 +21,9 @@ Stopped, and not confirmed:
 
   $ for signal in INT TERM HUP; do
   >   until_step 3 drain --host 4; kill -$signal "$run"; wait "$run"; echo "$? $(out)"; grep brought log
-  > done
-  1 
-  stopped: what was taken out is brought back
-  1 
-  stopped: what was taken out is brought back
-  1 
-  stopped: what was taken out is brought back
+  > done | sort | uniq -c
+        3 1 
+        3 stopped: what was taken out is brought back
   $ yes '' | head -n 2 | maintain drain --host 4 --confirm | grep back
   not confirmed: what was taken out is brought back
   finance: path sdd is back
