@@ -19,6 +19,12 @@ double waitOf(const monitor::CommandLine& line) {
   return static_cast<double>(line.number(kWaitOption.letter, 0, kMost).value_or(kUsual));
 }
 
+std::string journalOf(const monitor::CommandLine& line, const std::string& usual) {
+  const std::string file = line.value(kJournalOption.letter).value_or(usual);
+  if (file.empty()) throw monitor::Failure("--journal needs the name of a file");
+  return file;
+}
+
 LibraryWorld::Manners mannersOf(const monitor::CommandLine& line) {
   return {line.has(kConfirmOption.letter), line.has(kJsonOption.letter)};
 }

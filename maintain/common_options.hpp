@@ -18,6 +18,8 @@ inline constexpr monitor::KnownOption kConfirmOption = {"confirm", 'C'};
 
 // The number of --wait, in seconds. Errors: throws monitor::Failure if it is none.
 double waitOf(const monitor::CommandLine& line);
+// The file of --journal, or the usual one. Errors: throws monitor::Failure if its name is empty.
+std::string journalOf(const monitor::CommandLine& line, const std::string& usual);
 LibraryWorld::Manners mannersOf(const monitor::CommandLine& line);
 
 // Who runs the program: the user who called sudo, or the user of the process.

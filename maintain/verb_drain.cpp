@@ -72,7 +72,10 @@ int work(LibraryWorld& world, Journal journal, const CommandLine& line) {
 }
 
 int resume(const CommandLine& line, const std::string& file) {
-  if (!Selection(line).isEmpty()) throw Failure("--resume takes no selection");
+  if (!Selection(line).isEmpty() || line.has(kAcceptOption.letter) ||
+      line.has(kReasonOption.letter)) {
+    throw Failure("--resume takes selection, units and reason from the journal, so name none");
+  }
   if (line.has(kDryRunOption.letter)) return showPlan(unfinished(readJournal(file)), {}, line);
   LibraryWorld world(file, mannersOf(line));
   const JournalLock lock(file, holderLine("drain"));
@@ -94,7 +97,7 @@ int runDrain(int argc, char** argv, const std::string& journal) {
       withSelection({kAcceptOption, kJsonOption, kDryRunOption, kReasonOption, kResumeOption,
                      kJournalOption, kWaitOption, kConfirmOption}),
       0);
-  const std::string file = line.value(kJournalOption.letter).value_or(journal);
+  const std::string file = journalOf(line, journal);
   waitOf(line);
   if (line.has(kResumeOption.letter)) return resume(line, file);
   if (line.has(kDryRunOption.letter)) {

@@ -41,7 +41,7 @@ std::string statusText(const JournalStatus& status) {
 
 int runJournalStatus(int argc, char** argv, const std::string& journal) {
   const monitor::CommandLine line(argc, argv, {kJsonOption, kDryRunOption, kJournalOption}, 0);
-  const std::string file = line.value(kJournalOption.letter).value_or(journal);
+  const std::string file = journalOf(line, journal);
   JournalStatus status{readJournal(file), lockHolder(file), {}};
   if (status.hasOpen()) {
     status.drift = driftOf(*status.journal, monitor::readStorage(), bootID());

@@ -44,7 +44,7 @@ int showWhatWouldBeDone(const Journal& journal, const CommandLine& line) {
 int runReturn(int argc, char** argv, std::string file, Purpose purpose) {
   const CommandLine line(
       argc, argv, {kJsonOption, kDryRunOption, kJournalOption, kWaitOption, kConfirmOption}, 0);
-  file = line.value(kJournalOption.letter).value_or(file);
+  file = journalOf(line, file);
   const double wait = waitOf(line);
   if (line.has(kDryRunOption.letter)) return showWhatWouldBeDone(openJournal(file, purpose), line);
   const bool isUndo = purpose == Purpose::undo;

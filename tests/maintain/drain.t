@@ -41,7 +41,9 @@ While it is open, and when something changes behind it:
   $ maintain drain --path sdb
   tavrenix-lab-maintain: a maintenance is open since 20*Z by eve: restore, resume or undo it first (glob)
   [2]
-  $ maintain drain --resume
+  $ maintain drain --resume --reason x || maintain undo --journal '' || maintain drain --resume
+  tavrenix-lab-maintain: --resume takes selection, units and reason from the journal, so name none
+  tavrenix-lab-maintain: --journal needs the name of a file
   tavrenix-lab-maintain: the drain is complete: restore or undo it
   [2]
   $ maintain status | head -n 2
