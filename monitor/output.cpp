@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <clocale>
 #include <cstdio>
@@ -99,6 +100,31 @@ Screen screen() {
   screen.colours = (refusal == nullptr || *refusal == '\0') && terminal != nullptr &&
                    std::strcmp(terminal, "dumb") != 0;
   return screen;
+}
+
+Progress::Progress(std::string work)
+    : work_(std::move(work)),
+      isTerminal_(::isatty(STDERR_FILENO) != 0),
+      next_(std::chrono::steady_clock::now() + std::chrono::seconds(1)) {}
+
+Progress::~Progress() {
+  if (width_ != 0) write("");
+}
+
+void Progress::show(std::size_t done, std::size_t total) {
+  const auto now = std::chrono::steady_clock::now();
+  if (!isTerminal_ || now < next_) return;
+  next_ = now + std::chrono::milliseconds(100);
+  write(work_ + ": " + std::to_string(done) + " of " + std::to_string(total));
+}
+
+// Blanks hide what the line had before, since not every terminal knows a sequence for that.
+void Progress::write(const std::string& text) {
+  const std::size_t hidden = width_ - std::min(width_, text.size());
+  width_ = text.size();
+  std::string line = '\r' + text + std::string(hidden, ' ');
+  if (text.empty()) line += '\r';
+  writeAll(STDERR_FILENO, line);
 }
 
 }  // namespace tavrenix::monitor

@@ -1,6 +1,7 @@
 // Where reports go: standard output, or a file that is replaced whole.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <string_view>
 
@@ -25,5 +26,25 @@ struct Screen {
 };
 // Reads the terminal and the variables COLUMNS, NO_COLOR and TERM.
 Screen screen();
+
+// How far long work has come: a line on standard error if that is a terminal, from the second
+// second on. The end of the object removes the line.
+class Progress {
+ public:
+  // work: what is done, such as "reading units".
+  explicit Progress(std::string work);
+  ~Progress();
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+  void show(std::size_t done, std::size_t total);
+
+ private:
+  void write(const std::string& text);
+
+  const std::string work_;
+  const bool isTerminal_;
+  std::chrono::steady_clock::time_point next_;  // when to show again
+  std::size_t width_ = 0;                       // of the line
+};
 
 }  // namespace tavrenix::monitor

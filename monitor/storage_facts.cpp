@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "monitor/failure.hpp"
+#include "monitor/output.hpp"
 #include "monitor/public_value.hpp"
 
 namespace tavrenix::monitor {
@@ -129,19 +130,37 @@ Host readHost() {
           number(details.get(), kMPIOHostDetailGenerationKey)};
 }
 
-std::vector<Unit> readUnits() {
+std::vector<Unit> readUnits(Progress* progress) {
   const Owned<ObArrayRef> handles(MPIOCopyLogicalUnits());
   if (!handles) throw Failure("out of memory");
   std::vector<Unit> units;
+  std::size_t done = 0;
   forEach(handles.get(), [&](ObTypeRef handle) {
     if (auto unit = readUnit(static_cast<MPIOLogicalUnitRef>(handle))) {
       units.push_back(std::move(*unit));
     }
+    if (progress != nullptr) progress->show(++done, ObArrayGetCount(handles.get()));
   });
   std::ranges::sort(units, [](const Unit& a, const Unit& b) {
     return std::tie(a.identifier, a.device) < std::tie(b.identifier, b.device);
   });
   return units;
+}
+
+// progress: null if nobody is to see it.
+Storage readStorage(Progress* progress) {
+  constexpr int kAttempts = 5;  // a machine on which something changes all the time is shown too
+  Storage storage;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    storage.host = readHost();
+    if (storage.host.permitted == false) {
+      throw Failure(
+          "only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root");
+    }
+    storage.units = readUnits(progress);
+    if (readGeneration() == storage.host.generation) break;
+  }
+  return storage;
 }
 
 }  // namespace
@@ -152,18 +171,12 @@ const std::string& Unit::title() const {
 }
 
 Storage readStorage() {
-  constexpr int kAttempts = 5;  // a machine on which something changes all the time is shown too
-  Storage storage;
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    storage.host = readHost();
-    if (storage.host.permitted == false) {
-      throw Failure(
-          "only the superuser, with CAP_SYS_ADMIN, may ask the multipath driver; run it as root");
-    }
-    storage.units = readUnits();
-    if (readGeneration() == storage.host.generation) break;
-  }
-  return storage;
+  return readStorage(nullptr);
+}
+
+Storage readStorageWithProgress() {
+  Progress progress("reading units");
+  return readStorage(&progress);
 }
 
 std::optional<std::uint64_t> readGeneration() {

@@ -67,6 +67,8 @@ inline constexpr const char* kStates[] = {"active_optimized", "active_nonoptimiz
 // unit and path is whole in any case. Errors: throws Failure if the caller may not ask the driver,
 // or if memory ran out in the library.
 Storage readStorage();
+// Does the same, and shows a person at a terminal how far it has come.
+Storage readStorageWithProgress();
 
 // Returns a number that differs after units, paths or tables have changed, or nothing if there is
 // none. It costs one question. Errors: throws Failure if memory ran out in the library.

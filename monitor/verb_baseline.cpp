@@ -8,7 +8,7 @@ namespace tavrenix::monitor {
 namespace {
 
 int record(const std::string& file) {
-  const Storage storage = readStorage();
+  const Storage storage = readStorageWithProgress();
   if (storage.host.driverPresent == false) {
     throw Failure("the multipath driver is not present: nothing was recorded");
   }
@@ -32,7 +32,7 @@ int show(const std::string& file) {
 int diff(const std::string& file) {
   const Baseline baseline = readBaseline(file);
   std::string text;
-  for (const auto& difference : compare(baseline, readStorage())) {
+  for (const auto& difference : compare(baseline, readStorageWithProgress())) {
     text += describe(difference) + '\n';
   }
   print(text);

@@ -12,7 +12,7 @@ int runJson(int argc, char** argv) {
   constexpr std::uint64_t kLongestPause = 86'400;
   const auto pause = line.number('W', 1, kLongestPause);
   for (;;) {
-    const Storage storage = readStorage();
+    const Storage storage = readStorageWithProgress();
     // Printed when it is whole: a failure before leaves nothing on standard output.
     print(
         textOf(line.has('P') ? documentOfPaths(storage) : documentOfUnits(storage, !line.has('U')),

@@ -29,7 +29,7 @@ int runPicture(int argc, char** argv) {
                          {{"format", 'f', true}, {"output", 'o', true}, {"unfold", 'U'}}, 0);
   const std::string format = formatOf(line);
   const auto file = line.value('o');
-  const Storage storage = readStorage();
+  const Storage storage = readStorageWithProgress();
   const Picture picture = pictureOf(storage, std::time(nullptr), !line.has('U'));
   const std::string text = format == "svg"    ? pictureAsSvg(picture)
                            : format == "dot"  ? pictureAsDot(picture)

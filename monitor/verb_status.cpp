@@ -149,7 +149,7 @@ int runStatus(int argc, char** argv) {
   const Expectation expectation(line);
   const Screen shownOn = screen();
   const StatusReport report(shownOn, expectation);
-  const Storage storage = readStorage();
+  const Storage storage = readStorageWithProgress();
   const auto name = line.value('u');
   if (!name) {
     print(report.overview(storage, line.has('a')));
