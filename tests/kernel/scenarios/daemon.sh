@@ -17,3 +17,22 @@ device=${volume%%|*} # may be reported by the kernel's name or by the mapper's
 case $device in dm-*) device=$(cat "/sys/block/$device/dm/name") ;; esac
 same "a file system on a partition" "mpathb-part1|part one|   4.2 MB (4194304 Bytes)" "$device|${volume#*|}"
 change_paths mpathd 3
+
+# multipath's own tool and the monitor say the same of each path, also of those that fail behind the daemon's back.
+by_multipath() {
+  multipath -ll | tr -d '|`' | sed 's/^[-+ ]*//' | awk '$1 ~ /^[0-9]+:[0-9]+:/ { print $1, $2, $3, $4, $6 }' | sort
+}
+by_monitor() {
+  tavrenix-monitor json --paths | awk -F '"' '{ fact[$2] = $4 }
+    $2 == "device_state" { print fact["address"], fact["device"], fact["device_number"], fact["driver_state"], $4 }' | sort
+}
+agrees_with_multipath() {
+  by_multipath >/tmp/multipath.facts
+  by_monitor >/tmp/monitor.facts
+  agree "$1, multipath" /tmp/multipath.facts /tmp/monitor.facts
+}
+agrees_with_multipath "healthy"
+kill -STOP "$(pidof multipathd)"
+fail_path mpatha "$(first_disk mpatha)"
+take_offline "$(first_disk mpathc)"
+agrees_with_multipath "behind the daemon's back"
