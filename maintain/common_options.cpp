@@ -20,7 +20,7 @@ double waitOf(const monitor::CommandLine& line) {
 }
 
 std::string journalOf(const monitor::CommandLine& line, const std::string& usual) {
-  const std::string file = line.value(kJournalOption.letter).value_or(usual);
+  std::string file = line.value(kJournalOption.letter).value_or(usual);
   if (file.empty()) throw monitor::Failure("--journal needs the name of a file");
   return file;
 }
@@ -59,7 +59,7 @@ std::string holderLine(const char* verb) {
 int report(const Journal& journal, const monitor::CommandLine& line, bool isDone) {
   try {
     monitor::print(line.has(kJsonOption.letter) ? monitor::textOf(documentOf(journal), false)
-                                                : '\n' + ticketText(journal, monitor::screen()));
+                                                : '\n' + ticketText(journal, {}));  // never cut
     return isDone ? 0 : 1;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "the result is in the journal alone: %s\n", error.what());

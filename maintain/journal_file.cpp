@@ -71,8 +71,10 @@ std::optional<Journal> readJournal(const std::string& file) {
   try {
     return journalIn(content);
   } catch (const std::exception& error) {
-    throw Failure(monitor::visible(file) + ": not a journal of a maintenance: " +
-                  monitor::visible(error.what()) + "; move it away to begin anew");
+    throw Failure(
+        monitor::visible(file) +
+        ": not a journal of a maintenance: " + monitor::visible(error.what()) +
+        "; paths may still be out, which tavrenix-monitor shows; move it away to begin anew");
   }
 }
 

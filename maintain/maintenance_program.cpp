@@ -63,7 +63,8 @@ constexpr MaintenanceVerb kMaintenanceVerbs[] = {{"plan", runPlan},
 
 int run(int argc, char** argv, const std::string& journal) {
   const std::string_view first = argc < 2 ? "" : argv[1];
-  if (first == "--help" || first == "-h" || first == "help") {
+  if (first == "-h" || first == "help" ||
+      (argc > 1 && argv[argc - 1] == std::string_view("--help"))) {
     monitor::print(kHelp);
     return 0;
   }

@@ -67,6 +67,8 @@ Usable leftOf(const Unit& unit, const UnitRecord& record) {
 std::string surpriseAbout(const PathRecord& record, const Path* path) {
   if (path == nullptr) return record.step == Step::out ? "" : "is gone";
   switch (record.step) {
+    case Step::out:
+      return isOut(*path) ? "" : "was out of use before and is in use again";
     case Step::planned:
       return isOut(*path) ? "was taken out of use by something else" : "";
     case Step::disabled:

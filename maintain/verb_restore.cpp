@@ -3,6 +3,7 @@
 #include "maintain/common_options.hpp"
 #include "maintain/journal_file.hpp"
 #include "maintain/journal_json.hpp"
+#include "maintain/live_paths.hpp"
 #include "maintain/maintenance_verbs.hpp"
 #include "monitor/failure.hpp"
 #include "monitor/output.hpp"
@@ -31,10 +32,13 @@ int showWhatWouldBeDone(const Journal& journal, const CommandLine& line) {
     monitor::print(monitor::textOf(documentOf(journal), false));
     return 0;
   }
+  const monitor::Storage storage = monitor::readStorage();
   std::string text;
   for (const UnitRecord& unit : journal.units) {
     for (const PathRecord& path : unit.paths) {
-      if (mayBeOut(path)) text += shown(unit, path) + " would be brought back\n";
+      if (!mayBeOut(path)) continue;
+      const bool isThere = liveOf(storage, unit, path).path != nullptr;
+      text += shown(unit, path) + (isThere ? " would be brought back\n" : " is gone\n");
     }
   }
   monitor::print(text + "Nothing was changed.\n");

@@ -70,7 +70,8 @@ constexpr Verb kVerbs[] = {{"status", runStatus},   {"check", runCheck},      {"
 
 int run(int argc, char** argv) {
   const std::string_view first = argc < 2 ? "" : argv[1];
-  if (first == "--help" || first == "-h" || first == "help") {
+  if (first == "-h" || first == "help" ||
+      (argc > 1 && argv[argc - 1] == std::string_view("--help"))) {
     print(kHelp);
     return 0;
   }

@@ -68,8 +68,8 @@ While it is open, and when something changes behind it:
   $ change 'entries[200]["details"]["wwid"] = "3\033"' && cp try.json changed.json
   $ maintain undo --dry-run && cmp try.json changed.json
   finance: path sdc would be brought back
-  finance: path sdd would be brought back
-  archive: path sdg would be brought back
+  finance: path sdd is gone
+  archive: path sdg is gone
   Nothing was changed.
   $ maintain restore --wait 0 | sed '4,$d'
   archive: path sdg is gone and cannot be brought back

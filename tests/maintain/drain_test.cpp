@@ -242,6 +242,8 @@ TEST(Drain, PutsBackWhatItDidAtASurpriseDuringAnyOperation) {
       {"it vanishes", [](auto& world) { world.remove("b"); }, "adefg", 1},
       {"a unit vanishes", [](auto& world) { world.storage.units.pop_back(); }, "abd", 1, false},
       {"somebody enables a path", [](auto& world) { world.at("a").enabled = true; }, "abdefg", 4},
+      {"a path that was out comes back", [](auto& world) { world.at("c").enabled = true; },
+       "abcdefg", 1},
       {"the driver refuses", [](auto& world) { world.refusals = {"g out"}; }, "abdefg", 12},
       {"the journal's disk is full", [](auto& world) { world.isDiskFull = true; }, "abdefg", 0,
        false},
