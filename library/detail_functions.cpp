@@ -50,6 +50,10 @@ uint32_t MPIOGetVersion(void) {
   return MPIO_VERSION;
 }
 
+void MPIOHostRefresh(void) {
+  MPIOManagerSetOutdated();
+}
+
 ObDictionaryRef MPIOLogicalUnitCopyDetails(MPIOLogicalUnitRef unit) {
   return copyDetails<MPIOLogicalUnit>(unit);
 }

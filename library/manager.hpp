@@ -33,6 +33,7 @@ struct MPIOManager {
   // Nothing before the initialisation.
   std::optional<MPIODictionaries> dictionaries OB_GUARDED_BY(lock);
   std::uint32_t lastGeneration OB_GUARDED_BY(lock) = 0;  // at the last scan
+  bool outdated OB_GUARDED_BY(lock) = false;             // the next scan of all is not left out
   std::atomic<bool> ended{false};  // the teardown has run: nothing is known any more
 };
 
@@ -51,6 +52,9 @@ void MPIOManagerTeardown() noexcept;
 // handle of the wrong kind marks the new generation as seen, but scans nothing. A failure ends the
 // scan silently.
 void MPIOManagerRescan(int mode, const ob::Object* handle) noexcept;
+
+// Makes the next rescan of all units scan, even if the generation has been seen.
+void MPIOManagerSetOutdated() noexcept;
 
 // Returns the driver's configuration generation as it is now, or 0 if the driver does not answer.
 std::uint32_t configurationGeneration(MPIOKernelTunable& tunable);

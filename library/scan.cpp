@@ -165,10 +165,18 @@ void MPIOManagerRescan(int mode, const ob::Object* handle) noexcept {
     // Only a change of the generation starts a scan. The manager begins with 0, so a driver that
     // answers 0 from the beginning is not scanned. A change back to 0 is a change like any other.
     const std::uint32_t generation = configurationGeneration(host.tunable());
-    if (generation == shared.lastGeneration) return;
+    const bool outdated = shared.outdated && mode == MPIORescanAll;
+    if (generation == shared.lastGeneration && !outdated) return;
+    if (outdated) shared.outdated = false;
     shared.lastGeneration = generation;
     scan(*shared.dictionaries, host, mode, handle);
   });
+}
+
+void MPIOManagerSetOutdated() noexcept {
+  MPIOManager& shared = manager();
+  const ob::MutexLock lock(shared.lock);
+  shared.outdated = true;
 }
 
 }  // namespace tavrenix

@@ -73,6 +73,7 @@ LibraryWorld::LibraryWorld(std::string journalFile, Manners manners)
       isTerminal_(::isatty(output_) != 0) {}
 
 monitor::Storage LibraryWorld::read() {
+  MPIOHostRefresh();  // a request to one path may have hidden a change of others
   return monitor::readStorage();
 }
 

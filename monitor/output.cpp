@@ -74,6 +74,10 @@ std::string readFile(const std::string& path) {
 }
 
 void replaceFile(const std::string& path, std::string_view content, unsigned mode) {
+  struct stat old {};
+  if (::lstat(path.c_str(), &old) == 0 && !S_ISREG(old.st_mode)) {
+    throw Failure(visible(path) + ": is not a regular file, and is not replaced");
+  }
   std::string beside = path + ".XXXXXX";
   const OpenFile file(::mkostemp(beside.data(), O_CLOEXEC));
   if (file.get() < 0) fail(path, "cannot be written beside", errno);

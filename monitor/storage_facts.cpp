@@ -159,6 +159,7 @@ Storage readStorage(Progress* progress) {
     }
     storage.units = readUnits(progress);
     if (readGeneration() == storage.host.generation) break;
+    MPIOHostRefresh();
   }
   return storage;
 }

@@ -100,6 +100,11 @@ OB_EXPORT extern const ObStringRef kMPIOHostDetailGenerationKey;
 /* Returns the details of the host. Errors: NULL only if memory ran out. */
 OB_EXPORT ObDictionaryRef MPIOHostCopyDetails(void);
 
+/* Makes the next MPIOCopyLogicalUnits list all units anew. A program that reads units one by one
+ * calls it if the generation has moved meanwhile: a query of one unit renews that unit alone, and
+ * all others then stay as they were until the generation moves again. */
+OB_EXPORT void MPIOHostRefresh(void);
+
 #ifdef __cplusplus
 }
 #endif

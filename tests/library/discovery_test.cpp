@@ -1,5 +1,6 @@
 // When the manager scans, which entries it takes, and how many questions to the host that costs.
 #include <gmock/gmock.h>
+#include <tavrenix/details.h>
 
 #include "host/registry_names.hpp"
 #include "tests/library/client.hpp"
@@ -81,6 +82,10 @@ TEST_F(Scan, RenewsOneUnitForAQueryOfThatUnitOrOfItsPath) {
   }
   touch(host->memory);
   EXPECT_TRUE(Handles().unit() != nullptr && !knownPath(pathID(0, 1)));
+  tree.removeEntry(pathID(0, 0));
+  EXPECT_TRUE(Handles().unit() != nullptr && knownPath(pathID(0, 0)));
+  MPIOHostRefresh();
+  EXPECT_TRUE(Handles().unit() != nullptr && !knownPath(pathID(0, 0)));
 }
 
 }  // namespace
