@@ -147,7 +147,7 @@ std::vector<Unit> readUnits(Progress* progress) {
   return units;
 }
 
-// progress: null if nobody is to see it.
+// Shows its progress unless that is null.
 Storage readStorage(Progress* progress) {
   constexpr int kAttempts = 5;  // a machine on which something changes all the time is shown too
   Storage storage;

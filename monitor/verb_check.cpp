@@ -105,7 +105,8 @@ class Check {
     if (problems_.size() != before) ++totals_.faulty;
   }
 
-  // Missing paths are found by the unit's expectation already.
+  // A missing path counts in the unit's expectation if it was usable. One that stood by is not
+  // found.
   void judgeMissing(const Storage& storage) {
     for (const auto& difference : compare(*expectation_.baseline(), storage)) {
       const auto isNamedBy = [&](const std::string& pattern) {
